@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Installs a configured vecml build tree into a scratch prefix, then builds
+# and runs the consumer program against it twice: through
+# find_package(vecml CONFIG) and through pkg-config.
+# usage: tests/consumer/check.sh <vecml build dir>
+set -euo pipefail
+
+build_dir=$(realpath "$1")
+here=$(cd "$(dirname "$0")" && pwd)
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+prefix=$scratch/prefix
+
+cmake --install "$build_dir" --prefix "$prefix" >/dev/null
+for f in include/vecml/vecml.h lib/cmake/vecml/vecmlConfig.cmake \
+         lib/cmake/vecml/vecmlConfigVersion.cmake lib/pkgconfig/vecml.pc; do
+  test -f "$prefix/$f" || { echo "missing from install: $f" >&2; exit 1; }
+done
+ls "$prefix"/lib/libvecml.so.* >/dev/null
+
+echo "== find_package(vecml CONFIG)"
+cmake -S "$here" -B "$scratch/cmake-build" -G Ninja \
+  -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$scratch/cmake-build" >/dev/null
+"$scratch/cmake-build/app"
+
+echo "== pkg-config"
+export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+libdir=$(pkg-config --variable=libdir vecml)
+# shellcheck disable=SC2046 # pkg-config output is a list of flags
+g++ -o "$scratch/app-pc" "$here/main.cpp" $(pkg-config --cflags --libs vecml) \
+  -Wl,-rpath,"$libdir"
+"$scratch/app-pc"

@@ -1,0 +1,12 @@
+// Umbrella header: includes every public header of vecml.
+#ifndef VECML_VECML_H
+#define VECML_VECML_H
+
+#include "vecml/core/CArchiv.h"
+#include "vecml/core/CException.h"
+#include "vecml/core/CObject.h"
+#include "vecml/core/Export.h"
+#include "vecml/core/Macros.h"
+#include "vecml/core/Types.h"
+
+#endif
