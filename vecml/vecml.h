@@ -6,7 +6,12 @@
 #include "vecml/core/CException.h"
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
+#include "vecml/core/Forward.h"
 #include "vecml/core/Macros.h"
 #include "vecml/core/Types.h"
+#include "vecml/vector/CDenseVector.h"
+#include "vecml/vector/CSparseVector.h"
+#include "vecml/vector/CVector.h"
+#include "vecml/vector/CVectorOperations.h"
 
 #endif

@@ -9,6 +9,8 @@
 #include <new>
 #include <string>
 
+#include "support/Sanitizers.h"
+
 namespace {
 
 using testing::HasSubstr;
@@ -33,9 +35,9 @@ TEST(Macros, PassingChecksDoNothing) {
 
 TEST(MacrosDeathTest, LsFailsOnEqualOperands) {
   const int i = 5, dim = 5;
-  const int line = __LINE__ + 1;
-  EXPECT_DEATH(ML_LS_CHK(i, dim),
-               HasSubstr("ML_LS_CHK " + reportAt(line, "i=5 >= 5")));
+  const auto check = [&] { ML_LS_CHK(i, dim); };
+  const int line = __LINE__ - 1;
+  EXPECT_DEATH(check(), HasSubstr("ML_LS_CHK " + reportAt(line, "i=5 >= 5")));
 }
 
 TEST(MacrosDeathTest, LsReportsTheGivenPosition) {
@@ -47,22 +49,24 @@ TEST(MacrosDeathTest, LsReportsTheGivenPosition) {
 
 TEST(MacrosDeathTest, EqPrintsFirstTextAndBothValues) {
   const int n = 3;
-  const int line = __LINE__ + 1;
-  EXPECT_DEATH(ML_EQ_CHK(n, 4),
-               HasSubstr("ML_EQ_CHK " + reportAt(line, "n=3 != 4")));
+  const auto check = [&] { ML_EQ_CHK(n, 4); };
+  const int line = __LINE__ - 1;
+  EXPECT_DEATH(check(), HasSubstr("ML_EQ_CHK " + reportAt(line, "n=3 != 4")));
 }
 
 TEST(MacrosDeathTest, LeqFailsWhenGreater) {
   const int iNbItems = 11, limit = 10;
-  const int line = __LINE__ + 1;
-  EXPECT_DEATH(ML_LEQ_CHK(iNbItems, limit),
+  const auto check = [&] { ML_LEQ_CHK(iNbItems, limit); };
+  const int line = __LINE__ - 1;
+  EXPECT_DEATH(check(),
                HasSubstr("ML_LEQ_CHK " + reportAt(line, "iNbItems=11 > 10")));
 }
 
 TEST(MacrosDeathTest, GeqFailsWhenLess) {
   const double x = -0.5;
-  const int line = __LINE__ + 1;
-  EXPECT_DEATH(ML_GEQ_CHK(x, 0),
+  const auto check = [&] { ML_GEQ_CHK(x, 0); };
+  const int line = __LINE__ - 1;
+  EXPECT_DEATH(check(),
                HasSubstr("ML_GEQ_CHK " + reportAt(line, "x=-0.5 < 0")));
 }
 
@@ -70,9 +74,10 @@ TEST(MacrosDeathTest, FirstOperandTextIsPrintedAsWritten) {
   struct Sized {
     int dimension() const { return 2; }
   } rtVector1;
-  const int line = __LINE__ + 1;
+  const auto check = [&] { ML_EQ_CHK(rtVector1.dimension(), 3); };
+  const int line = __LINE__ - 1;
   EXPECT_DEATH(
-      ML_EQ_CHK(rtVector1.dimension(), 3),
+      check(),
       HasSubstr("ML_EQ_CHK " + reportAt(line, "rtVector1.dimension()=2 != 3")));
 }
 
@@ -85,8 +90,10 @@ TEST(MacrosDeathTest, ReportIsTheWholeLine) {
 }
 
 TEST(MacrosDeathTest, CriticalMessagePrintsPositionThenMessage) {
-  const int line = __LINE__ + 1;
-  EXPECT_DEATH(ML_CRITICAL_MSG("Unable to produce CVector object"),
+  const char* message = "Unable to produce CVector object";
+  const auto check = [&] { ML_CRITICAL_MSG(message); };
+  const int line = __LINE__ - 1;
+  EXPECT_DEATH(check(),
                HasSubstr("ML_CRITICAL_MSG in File: MacrosTest.cpp Line: " +
                          std::to_string(line) +
                          "\nUnable to produce CVector object\n\n"));
@@ -121,15 +128,7 @@ TYPED_TEST(NewArrayTest, NegativeCountIsStandardAllocationFailure) {
   EXPECT_THROW(NEWARRAY<TypeParam>(-1), std::bad_alloc);
 }
 
-#if defined(__SANITIZE_ADDRESS__)
-#define VECML_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VECML_ASAN 1
-#endif
-#endif
-
-#ifndef VECML_ASAN
+#ifndef VECML_TESTS_ASAN
 // Under a small address-space limit a large request finds no memory, and the
 // process exits 0 when NEWARRAY threw its fixed text. (The address sanitizer
 // reserves its shadow memory up front, so it cannot run under such a limit.)

@@ -6,9 +6,7 @@
 #include <string>
 
 #include "vecml/core/Export.h"
-
-template <typename T>
-class CObject;
+#include "vecml/core/Forward.h"
 
 /// Abstract archive. The library only calls it; clients implement it.
 ///

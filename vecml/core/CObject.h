@@ -7,9 +7,8 @@
 #include <string>
 
 #include "vecml/core/Export.h"
+#include "vecml/core/Forward.h"
 #include "vecml/core/Types.h"
-
-class CArchiv;
 
 /// Common base of all numeric objects, instantiated for int, float and double.
 ///
@@ -49,8 +48,8 @@ class VECML_API CObject {
   VERBOSE_LEVEL verboseLevel;
 };
 
-extern template class VECML_API CObject<int>;
-extern template class VECML_API CObject<float>;
-extern template class VECML_API CObject<double>;
+extern template class CObject<int>;
+extern template class CObject<float>;
+extern template class CObject<double>;
 
 #endif
