@@ -4,6 +4,7 @@
 #include <cmath>
 #include <exception>
 #include <type_traits>
+#include <utility>
 
 #include "vecml/core/CException.h"
 #include "vecml/core/detail/Arithmetic.h"
@@ -289,11 +290,22 @@ void elementwiseDD(CVector<T>& dst, const CVector<T>& src) {
 
 // ---- element copy ----------------------------------------------------------
 
+// A sparse destination takes the source's entries that lie inside its own
+// dimension.
 template <typename T>
 void copySS(CVector<T>& dst, const CVector<T>& src) {
+  CSparseVector<T>& destination = asSparse(dst);
   const CSparseVector<T>& source = asSparse(src);
-  for (auto& entry : asSparse(dst))
-    entry.second = source.getElement(entry.first);
+  const int dim = destination.dimension();
+  const auto inside = [dim](const std::pair<int, T>& entry) {
+    return entry.first >= 0 && entry.first < dim;
+  };
+  CSparseVector<T> copy(dim, static_cast<int>(std::count_if(
+                                 source.begin(), source.end(), inside)));
+  int position = 0;
+  for (const auto& entry : source)
+    if (inside(entry)) copy.setElement(position++, entry);
+  destination = std::move(copy);
 }
 
 template <typename T>

@@ -18,6 +18,12 @@
 /// broken precondition that stays memory-safe: such positions read as 0 and
 /// writes to them are dropped.
 ///
+/// Sparse destinations: a product or division keeps the destination's
+/// entries (each stored value combined with the source's value at its
+/// index); a copy replaces them with the source's entries inside the
+/// destination's dimension. A sparse + sparse addition or subtraction clears
+/// the result over the first operand's dimension only.
+///
 /// int arithmetic: sums and products wrap as two's complement; the
 /// coCosine distance divides and roots in double and truncates toward zero;
 /// adaptation truncates each float product toward zero before adding it.
