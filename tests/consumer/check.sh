@@ -16,7 +16,9 @@ for f in include/vecml/vecml.h lib/cmake/vecml/vecmlConfig.cmake \
          lib/cmake/vecml/vecmlConfigVersion.cmake lib/pkgconfig/vecml.pc; do
   test -f "$prefix/$f" || { echo "missing from install: $f" >&2; exit 1; }
 done
-ls "$prefix"/lib/libvecml.so.* >/dev/null
+ls "$prefix"/lib/libvecml.so.* "$prefix"/lib/vecml/CDenseVectorFactory.so >/dev/null
+# Plug-ins must be found through the library's RUNPATH alone.
+unset LD_LIBRARY_PATH
 
 echo "== find_package(vecml CONFIG)"
 cmake -S "$here" -B "$scratch/cmake-build" -G Ninja \
