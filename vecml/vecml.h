@@ -11,6 +11,7 @@
 #include "vecml/core/Macros.h"
 #include "vecml/core/Types.h"
 #include "vecml/learning/CMetric.h"
+#include "vecml/matrix/CMatrix.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CSparseVector.h"
 #include "vecml/vector/CVector.h"

@@ -114,15 +114,17 @@ bool CDenseVector<T>::serialize(std::fstream& stream, IO_MODE mode) {
     vecml::detail::writeElements(stream, data, dim);
     return true;
   }
+  // A cut or negative record sets the stream's failbit and keeps the vector.
   std::int32_t tag = 0;
   std::int32_t storedDim = 0;
-  if (!vecml::detail::readValue(stream, tag) ||
-      !vecml::detail::readValue(stream, storedDim) || storedDim < 0)
-    return false;
   std::vector<T> values(0);
-  if (vecml::detail::storedElementSize(tag) > 0 &&
-      !vecml::detail::readConvertedElements(stream, tag, storedDim, values))
-    return false;
+  if (!vecml::detail::readValue(stream, tag) ||
+      !vecml::detail::readValue(stream, storedDim) || storedDim < 0 ||
+      (vecml::detail::storedElementSize(tag) > 0 &&
+       !vecml::detail::readConvertedElements(stream, tag, storedDim, values))) {
+    stream.setstate(std::ios::failbit);
+    return true;
+  }
   // Only now that the whole record has been read is the old content dropped.
   T* fresh = allocate<T>(storedDim);
   std::copy(values.begin(), values.end(), fresh);

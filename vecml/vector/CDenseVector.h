@@ -51,7 +51,9 @@ class VECML_API CDenseVector : public CVector<T> {
   CDenseVector<T>& operator=(CDenseVector<T>&& other) noexcept;
 
   /// Writes: tag (dataType()), dim, raw elements. Reads any tag, converting
-  /// the stored elements to T; an unknown tag leaves dim zeros.
+  /// the stored elements to T; an unknown tag leaves dim zeros. A record cut
+  /// short (or with a negative dim) sets the stream's failbit and leaves the
+  /// vector unchanged. \return true.
   bool serialize(std::fstream& stream, IO_MODE mode) override;
   bool serialize2(CArchiv& archive) override;
   /// \return "CDenseVector".
@@ -165,6 +167,21 @@ class VECML_API CDenseVector : public CVector<T> {
   /// \return a matrix of dimension() rows and 1 column holding the
   ///         elements (defined with CMatrix).
   CMatrix<T> asMatrix() const;
+
+  /// Writes this vector as one MAT record of dimension() rows and 1 column
+  /// (defined with CMatrix). \return false when the file cannot be opened.
+  bool exportToMatFile(const char* fileName, const char* variableName,
+                       bool append) const;
+  /// Reads the first MAT record named \p variableName, scanning as
+  /// CMatrix::importFromMatFile does (defined with CMatrix). A record of
+  /// n x 1 or 1 x n gives a vector of dimension n; elements the file lacks
+  /// keep their old values (or 0 beyond the old dimension). A negative
+  /// count, or elements that would take more memory than the whole file
+  /// holds, give -3 and leave the vector unchanged.
+  /// \return 0 when read, -1 when the file cannot be opened, -2 (vector
+  ///         unchanged) when the record has more than one row and more than
+  ///         one column, -3 when the variable is not found.
+  int importFromMatFile(const char* fileName, const char* variableName);
 
   /// Writes "Vector dim: <dim>: ", a line end, "[ " and each element
   /// followed by a blank to \p os, then " ]" and two line ends to std::cout.

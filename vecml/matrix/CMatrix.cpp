@@ -1,0 +1,736 @@
+#include "vecml/matrix/CMatrix.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <fstream>
+#include <functional>
+#include <new>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "vecml/core/CArchiv.h"
+#include "vecml/core/Macros.h"
+#include "vecml/core/detail/Arithmetic.h"
+#include "vecml/core/detail/BinaryIO.h"
+#include "vecml/matrix/detail/MatFileRecord.h"
+#include "vecml/matrix/detail/MatrixProduct.h"
+
+using vecml::detail::add;
+using vecml::detail::divide;
+using vecml::detail::multiply;
+using vecml::detail::subtract;
+
+namespace {
+
+std::int64_t shapeProduct(int rows, int columns) {
+  return static_cast<std::int64_t>(rows) * columns;
+}
+
+// Elements a shape stores: the product when positive, else 0.
+// \throw std::bad_array_new_length when the product exceeds int.
+int elementCount(int rows, int columns) {
+  const std::int64_t product = shapeProduct(rows, columns);
+  if (product > INT_MAX) throw std::bad_array_new_length();
+  return product > 0 ? static_cast<int>(product) : 0;
+}
+
+template <typename T>
+int storedCount(const CMatrix<T>& m) {
+  return elementCount(m.rows(), m.columns());
+}
+
+// A zero-filled array of count elements, or null when there are none.
+template <typename T>
+T* allocate(int count) {
+  return count > 0 ? NEWARRAY<T>(count) : nullptr;
+}
+
+// out[k] = op(left[k], right[k]) over count elements, where right holds
+// only rightCount of them and the missing ones count as 0.
+template <typename T, typename Op>
+void combine(T* out, const T* left, int count, const T* right, int rightCount,
+             Op op) {
+  const int common = std::min(count, rightCount);
+  for (int k = 0; k < common; ++k) out[k] = op(left[k], right[k]);
+  for (int k = common; k < count; ++k) out[k] = op(left[k], T(0));
+}
+
+template <typename T, typename Op>
+void applyEach(CMatrix<T>& m, Op op) {
+  T* data = m._data();
+  const int count = storedCount(m);
+  for (int k = 0; k < count; ++k) data[k] = op(data[k]);
+}
+
+// The first element that is better than all before it, row-major.
+template <typename T, typename Better>
+T extremeElement(const CMatrix<T>& m, int& row, int& column, Better better) {
+  T best = m.getElement(0, 0);
+  row = column = 0;
+  for (int i = 0; i < m.rows(); ++i)
+    for (int j = 0; j < m.columns(); ++j)
+      if (better(m.getElement(i, j), best)) {
+        best = m.getElement(i, j);
+        row = i;
+        column = j;
+      }
+  return best;
+}
+
+// c = a * b, where b has bRows rows (column stride bRows) and n columns;
+// rows of b from bRows up to a.columns() count as 0. c is zero-filled.
+template <typename T>
+void multiplyInto(const CMatrix<T>& a, const T* b, int bRows, int n, T* c) {
+  const int depth = a.columns();
+  if (a.rows() <= 0 || n <= 0 || depth <= 0) return;
+  std::vector<T> padded;
+  if (bRows < depth) {
+    // A b without rows (bRows <= 0) has no storage to copy from.
+    const int kept = std::max(bRows, 0);
+    padded.assign(static_cast<std::size_t>(shapeProduct(depth, n)), T(0));
+    for (int j = 0; j < n; ++j)
+      std::copy(b + shapeProduct(kept, j), b + shapeProduct(kept, j + 1),
+                padded.begin() + shapeProduct(depth, j));
+    b = padded.data();
+    bRows = depth;
+  }
+  vecml::detail::multiplyColumnMajor(vecml::detail::ProductOperands<T>{
+      a._data(), b, c, a.rows(), depth, n, bRows});
+}
+
+// Characters from the read position to the end of the file; 0 when that
+// cannot be told.
+std::int64_t charactersLeft(std::ifstream& in) {
+  const std::int64_t position = in.tellg();
+  if (position < 0) return 0;
+  in.seekg(0, std::ios::end);
+  const std::int64_t end = in.tellg();
+  in.seekg(position);
+  return std::max<std::int64_t>(end - position, 0);
+}
+
+// Puts one line end and flushes, as every line of dump() ends.
+void endLine(std::ostream& os) {
+  os.put('\n');
+  os.flush();
+}
+
+// One step of an odometer over the box start..end (end inclusive), the
+// last or the first dimension fastest; a dimension that reached its end
+// goes back to its start and carries into the next slower one.
+template <typename T>
+void stepOdometer(const std::vector<T>& start, const std::vector<T>& end,
+                  std::vector<T>& counter, bool init, bool lastFastest) {
+  const std::size_t dimensions =
+      std::min({start.size(), end.size(), counter.size()});
+  if (init) {
+    std::copy(start.begin(), start.begin() + dimensions, counter.begin());
+    return;
+  }
+  for (std::size_t step = 0; step < dimensions; ++step) {
+    const std::size_t k = lastFastest ? dimensions - 1 - step : step;
+    if (counter[k] < end[k]) {
+      counter[k] += T(1);
+      return;
+    }
+    counter[k] = start[k];
+  }
+}
+
+}  // namespace
+
+template <typename T>
+CMatrix<T>::CMatrix(int rows, int columns, bool /*init: always zeroed*/)
+    : numRows(rows),
+      numColumns(columns),
+      data(allocate<T>(elementCount(rows, columns))) {}
+
+template <typename T>
+CMatrix<T>::CMatrix(const CMatrix<T>& other)
+    : CObject<T>(other),
+      numRows(other.numRows),
+      numColumns(other.numColumns),
+      data(allocate<T>(storedCount(other))) {
+  std::copy(other.data, other.data + storedCount(other), data);
+}
+
+template <typename T>
+CMatrix<T>::CMatrix(CMatrix<T>&& other) noexcept
+    : CObject<T>(other),
+      numRows(std::exchange(other.numRows, 0)),
+      numColumns(std::exchange(other.numColumns, 0)),
+      data(std::exchange(other.data, nullptr)) {}
+
+template <typename T>
+CMatrix<T>::~CMatrix() {
+  delete[] data;
+}
+
+template <typename T>
+CMatrix<T>& CMatrix<T>::operator=(const CMatrix<T>& other) {
+  if (this == &other) return *this;
+  CObject<T>::operator=(other);
+  if (numRows != other.numRows || numColumns != other.numColumns) {
+    T* fresh = allocate<T>(storedCount(other));
+    delete[] data;
+    data = fresh;
+    numRows = other.numRows;
+    numColumns = other.numColumns;
+  }
+  std::copy(other.data, other.data + storedCount(other), data);
+  return *this;
+}
+
+template <typename T>
+CMatrix<T>& CMatrix<T>::operator=(CMatrix<T>&& other) noexcept {
+  if (this != &other) {
+    CObject<T>::operator=(other);
+    delete[] data;
+    numRows = std::exchange(other.numRows, 0);
+    numColumns = std::exchange(other.numColumns, 0);
+    data = std::exchange(other.data, nullptr);
+  }
+  return *this;
+}
+
+template <typename T>
+bool CMatrix<T>::serialize(std::fstream& stream, IO_MODE mode) {
+  using vecml::detail::readValue;
+  if (mode != IO_READ) {
+    vecml::detail::writeValue(stream,
+                              static_cast<std::int32_t>(this->dataType()));
+    vecml::detail::writeValue(stream, static_cast<std::int32_t>(numRows));
+    vecml::detail::writeValue(stream, static_cast<std::int32_t>(numColumns));
+    vecml::detail::writeElements(stream, data, storedCount(*this));
+    return true;
+  }
+  std::int32_t code = 0, rows = 0, columns = 0;
+  std::vector<T> values;
+  // The whole record is read before the old content is dropped.
+  if (!readValue(stream, code) || !readValue(stream, rows) ||
+      !readValue(stream, columns) ||
+      vecml::detail::storedElementSize(code) == 0 ||
+      shapeProduct(rows, columns) > INT_MAX ||
+      !vecml::detail::readConvertedElements(
+          stream, code, elementCount(rows, columns), values)) {
+    stream.setstate(std::ios::failbit);
+    return true;
+  }
+  T* fresh = allocate<T>(elementCount(rows, columns));
+  std::copy(values.begin(), values.end(), fresh);
+  delete[] data;
+  data = fresh;
+  numRows = rows;
+  numColumns = columns;
+  return true;
+}
+
+template <typename T>
+bool CMatrix<T>::serialize2(CArchiv& archive) {
+  if (archive.isLoading()) {
+    int rows = 0, columns = 0;
+    archive.read(rows);
+    archive.read(columns);
+    T* fresh = allocate<T>(elementCount(rows, columns));
+    delete[] data;
+    data = fresh;
+    numRows = rows;
+    numColumns = columns;
+    for (int i = 0; i < numRows; ++i)
+      for (int j = 0; j < numColumns; ++j) {
+        T value{};
+        archive.read(value);
+        setElement(i, j, value);
+      }
+    return true;
+  }
+  int rows = numRows, columns = numColumns;
+  archive.write(rows);
+  archive.writeSeparator();
+  archive.write(columns);
+  archive.writeSeparator();
+  if (numRows > 0 && shapeProduct(numRows, numColumns) != 0)
+    for (int i = 0; i < numRows; ++i) {
+      for (int j = 0; j < numColumns; ++j) {
+        T value = getElement(i, j);
+        archive.write(value);
+      }
+      archive.writeSeparator();
+    }
+  return true;
+}
+
+template <typename T>
+std::string CMatrix<T>::className() const {
+  return "CMatrix";
+}
+
+template <typename T>
+void CMatrix<T>::resize(int rows, int columns, bool keep) {
+  T* fresh = allocate<T>(elementCount(rows, columns));
+  const int keptRows = keep ? std::max(std::min(rows, numRows), 0) : 0;
+  if (keptRows > 0) {
+    const int keptColumns = std::max(std::min(columns, numColumns), 0);
+    for (int j = 0; j < keptColumns; ++j)
+      std::copy(data + shapeProduct(numRows, j),
+                data + shapeProduct(numRows, j) + keptRows,
+                fresh + shapeProduct(rows, j));
+  }
+  delete[] data;
+  data = fresh;
+  numRows = rows;
+  numColumns = columns;
+}
+
+template <typename T>
+void CMatrix<T>::setData(const T* source, bool columnMajor) {
+  if (columnMajor) {
+    std::copy(source, source + storedCount(*this), data);
+    return;
+  }
+  for (int i = 0; i < numRows; ++i)
+    for (int j = 0; j < numColumns; ++j)
+      (*this)(i, j) = source[shapeProduct(i, numColumns) + j];
+}
+
+template <typename T>
+void CMatrix<T>::zeros() {
+  std::fill(data, data + storedCount(*this), T(0));
+}
+
+template <typename T>
+CMatrix<T> CMatrix<T>::operator()(int r0, int c0, int nRows,
+                                  int nColumns) const {
+  CMatrix<T> block(nRows, nColumns);
+  for (int j = 0; j < nColumns; ++j)
+    for (int i = 0; i < nRows; ++i)
+      block(i, j) = getElement(add(r0, i), add(c0, j));
+  return block;
+}
+
+template <typename T>
+void CMatrix<T>::insert(int r0, int c0, const CMatrix<T>& block) {
+  for (int j = 0; j < block.numColumns; ++j)
+    for (int i = 0; i < block.numRows; ++i)
+      (*this)(add(r0, i), add(c0, j)) = block.getElement(i, j);
+}
+
+template <typename T>
+CDenseVector<T> CMatrix<T>::getRow(int i) const {
+  CDenseVector<T> row(numColumns);
+  for (int j = 0; j < numColumns; ++j) row._data()[j] = getElement(i, j);
+  return row;
+}
+
+template <typename T>
+CDenseVector<T> CMatrix<T>::getColumn(int j) const {
+  CDenseVector<T> column(numRows);
+  for (int i = 0; i < numRows; ++i) column._data()[i] = getElement(i, j);
+  return column;
+}
+
+template <typename T>
+CDenseVector<T> CMatrix<T>::getDiagonal() const {
+  CDenseVector<T> diagonal(numRows);
+  for (int k = 0; k < numRows; ++k) diagonal._data()[k] = getElement(k, k);
+  return diagonal;
+}
+
+template <typename T>
+void CMatrix<T>::setRow(int i, const CDenseVector<T>& v) {
+  for (int j = 0; j < numColumns; ++j) (*this)(i, j) = v.getElement(j);
+}
+
+template <typename T>
+void CMatrix<T>::setColumn(int j, CDenseVector<T>& v) {
+  for (int i = 0; i < numRows; ++i) (*this)(i, j) = v[i];
+}
+
+template <typename T>
+void CMatrix<T>::setDiagonal(T value) {
+  for (int k = 0; k < numRows; ++k) (*this)(k, k) = value;
+}
+
+template <typename T>
+void CMatrix<T>::setDiagonal(CDenseVector<T>& v) {
+  for (int k = 0; k < numRows; ++k) (*this)(k, k) = v[k];
+}
+
+template <typename T>
+T CMatrix<T>::trace() const {
+  T sum = 0;
+  for (int k = 0; k < numColumns; ++k) sum = add(sum, getElement(k, k));
+  return sum;
+}
+
+template <typename T>
+T CMatrix<T>::sumElements() const {
+  T sum = 0;
+  for (int i = 0; i < numRows; ++i)
+    for (int j = 0; j < numColumns; ++j) sum = add(sum, getElement(i, j));
+  return sum;
+}
+
+template <typename T>
+T CMatrix<T>::minElement(int& row, int& column) const {
+  return extremeElement(*this, row, column, std::less<T>());
+}
+
+template <typename T>
+T CMatrix<T>::maxElement(int& row, int& column) const {
+  return extremeElement(*this, row, column, std::greater<T>());
+}
+
+template <typename T>
+T CMatrix<T>::frobeniusNorm() const {
+  T sum = 0;
+  for (int k = 0; k < storedCount(*this); ++k) {
+    if constexpr (std::is_same_v<T, int>)
+      sum = add(sum, multiply(data[k], data[k]));
+    else
+      sum = std::fma(data[k], data[k], sum);
+  }
+  return vecml::detail::squareRoot(sum);
+}
+
+template <typename T>
+bool CMatrix<T>::isNaN() const {
+  return std::any_of(data, data + storedCount(*this), [](T value) {
+    return std::isnan(static_cast<double>(value));
+  });
+}
+
+template <typename T>
+CMatrix<T>& CMatrix<T>::operator*=(T factor) {
+  applyEach(*this, [factor](T x) { return multiply(x, factor); });
+  return *this;
+}
+
+template <typename T>
+CMatrix<T>& CMatrix<T>::operator+=(T value) {
+  applyEach(*this, [value](T x) { return add(x, value); });
+  return *this;
+}
+
+template <typename T>
+CMatrix<T>& CMatrix<T>::operator-=(T value) {
+  applyEach(*this, [value](T x) { return subtract(x, value); });
+  return *this;
+}
+
+template <typename T>
+CMatrix<T>& CMatrix<T>::operator/=(T divisor) {
+  applyEach(*this, [divisor](T x) { return divide(x, divisor); });
+  return *this;
+}
+
+template <typename T>
+CMatrix<T>& CMatrix<T>::operator+=(const CMatrix<T>& other) {
+  combine(data, data, storedCount(*this), other.data, storedCount(other),
+          add<T>);
+  return *this;
+}
+
+template <typename T>
+CMatrix<T>& CMatrix<T>::operator-=(const CMatrix<T>& other) {
+  combine(data, data, storedCount(*this), other.data, storedCount(other),
+          subtract<T>);
+  return *this;
+}
+
+template <typename T>
+CMatrix<T> CMatrix<T>::transpose() const {
+  CMatrix<T> result(numColumns, numRows);
+  for (int i = 0; i < numColumns; ++i)
+    for (int j = 0; j < numRows; ++j)
+      result(i, j) = data[j + shapeProduct(i, numRows)];
+  return result;
+}
+
+template <typename T>
+void CMatrix<T>::replicateMatrix(int m, int n, const CMatrix<T>& block) {
+  if (&block == this) return replicateMatrix(m, n, CMatrix<T>(block));
+  resize(multiply(block.numRows, m), multiply(block.numColumns, n), false);
+  for (int a = 0; a < m; ++a)
+    for (int b = 0; b < n; ++b)
+      insert(multiply(block.numRows, a), multiply(block.numColumns, b), block);
+}
+
+template <typename T>
+CMatrix<T> CMatrix<T>::invert() const {
+  return *this;
+}
+
+template <typename T>
+bool CMatrix<T>::eig(CDenseVector<T>&, CMatrix<T>&, int, TMatrixType) {
+  return false;
+}
+
+template <typename T>
+bool CMatrix<T>::calcLUFactorization(CMatrix<T>&, CMatrix<T>&,
+                                     CDenseVector<int>&) const {
+  return true;
+}
+
+template <typename T>
+T CMatrix<T>::determinant() const {
+  CMatrix<T> lower, upper;
+  CDenseVector<int> permutation;
+  calcLUFactorization(lower, upper, permutation);
+  T product = 1;
+  for (int k = 0; k < numRows; ++k)
+    product = multiply(product, upper.getElement(k, k));
+  int sign = 1;
+  for (int k = 0; k < permutation.dimension(); ++k)
+    if (permutation[k] != k) sign = -sign;
+  return multiply(static_cast<T>(sign), product);
+}
+
+template <typename T>
+std::ostream& CMatrix<T>::dump(std::ostream& os) const {
+  os << numRows << "x" << numColumns << " matrix:";
+  endLine(os);
+  os.precision(5);
+  for (int i = 0; i < numRows; ++i) {
+    os << "[ ";
+    for (int j = 0; j < numColumns; ++j) {
+      if constexpr (std::is_same_v<T, int>)
+        os << getElement(i, j) << " ";
+      else
+        os << static_cast<double>(getElement(i, j)) << " ";
+    }
+    os << " ]";
+    endLine(os);
+  }
+  endLine(os);
+  return os;
+}
+
+template <typename T>
+bool CMatrix<T>::exportToMatFile(const char* fileName, const char* variableName,
+                                 bool append) const {
+  return vecml::detail::writeMatRecord(fileName, variableName, append, numRows,
+                                       numColumns, data, storedCount(*this));
+}
+
+template <typename T>
+int CMatrix<T>::importFromMatFile(const char* fileName,
+                                  const char* variableName) {
+  using vecml::detail::lowWord;
+  return vecml::detail::importMatRecord<T>(
+      fileName, variableName,
+      [this](const vecml::detail::MatRecordShape& shape) {
+        const int rows = lowWord(shape.rows);
+        const int columns = lowWord(shape.columns);
+        if (rows < 0 || columns < 0 ||
+            !vecml::detail::matElementsFitFile(shapeProduct(rows, columns),
+                                               sizeof(T), shape.fileLength))
+          return vecml::detail::MatImportTarget<T>{-3, nullptr, 0};
+        resize(rows, columns, false);
+        return vecml::detail::MatImportTarget<T>{0, data, storedCount(*this)};
+      });
+}
+
+template <typename T>
+const T& CMatrix<T>::zeroElement() {
+  static const T zero = 0;
+  return zero;
+}
+
+template <typename T>
+T& CMatrix<T>::discardedElement() {
+  thread_local T sink;
+  sink = 0;
+  return sink;
+}
+
+template <typename T>
+CMatrix<T> CDenseVector<T>::asMatrix() const {
+  CMatrix<T> column(dimension(), 1);
+  std::copy(begin(), end(), column._data());
+  return column;
+}
+
+template <typename T>
+CMatrix<T> operator+(const CMatrix<T>& a, const CMatrix<T>& b) {
+  CMatrix<T> sum(a);
+  sum += b;
+  return sum;
+}
+
+template <typename T>
+CMatrix<T> operator-(const CMatrix<T>& a, const CMatrix<T>& b) {
+  CMatrix<T> difference(a);
+  difference -= b;
+  return difference;
+}
+
+template <typename T>
+CMatrix<T> elementMul(const CMatrix<T>& a, const CMatrix<T>& b) {
+  CMatrix<T> product(a);
+  combine(product._data(), a._data(), storedCount(a), b._data(), storedCount(b),
+          multiply<T>);
+  return product;
+}
+
+template <typename T>
+CMatrix<T> elementDiv(const CMatrix<T>& a, const CMatrix<T>& b) {
+  CMatrix<T> quotient(a);
+  combine(quotient._data(), a._data(), storedCount(a), b._data(),
+          storedCount(b), divide<T>);
+  return quotient;
+}
+
+template <typename T>
+CMatrix<T> operator+(const CMatrix<T>& a, const T& value) {
+  CMatrix<T> result(a);
+  result += value;
+  return result;
+}
+
+template <typename T>
+CMatrix<T> operator-(const CMatrix<T>& a, const T& value) {
+  CMatrix<T> result(a);
+  result -= value;
+  return result;
+}
+
+template <typename T>
+CMatrix<T> operator*(const CMatrix<T>& a, const T& factor) {
+  CMatrix<T> result(a);
+  result *= factor;
+  return result;
+}
+
+template <typename T>
+CMatrix<T> operator/(const CMatrix<T>& a, const T& divisor) {
+  CMatrix<T> result(a);
+  result /= divisor;
+  return result;
+}
+
+template <typename T>
+CMatrix<T> operator*(const CMatrix<T>& a, const CMatrix<T>& b) {
+  CMatrix<T> product(a.rows(), b.columns());
+  multiplyInto(a, b._data(), b.rows(), b.columns(), product._data());
+  return product;
+}
+
+template <typename T>
+CDenseVector<T> operator*(const CMatrix<T>& a, const CVector<T>& x) {
+  const CDenseVector<T> dense(x);
+  CDenseVector<T> y(a.rows());
+  multiplyInto(a, dense._data(), dense.dimension(), 1, y._data());
+  return y;
+}
+
+template <typename T>
+CMatrix<T> outerProduct(const CDenseVector<T>& a, const CDenseVector<T>& b) {
+  const std::vector<T> left = a.toSTL();
+  CMatrix<T> product(a.dimension(), b.dimension());
+  for (int j = 0; j < b.dimension(); ++j) {
+    const T bj = b.getElement(j);
+    T* column = product._data() + shapeProduct(a.dimension(), j);
+    for (std::size_t i = 0; i < left.size(); ++i) column[i] = left[i] * bj;
+  }
+  return product;
+}
+
+template <typename T>
+void save(const CMatrix<T>& m, const char* path) {
+  std::ofstream out(path, std::ios::trunc);
+  out << m.rows() << " " << m.columns() << " ";
+  const T* data = m._data();
+  for (int k = 0; k < storedCount(m); ++k) out << data[k] << " ";
+}
+
+template <typename T>
+void load(CMatrix<T>& m, const char* path) {
+  std::ifstream in(path);
+  int rows = 0, columns = 0;
+  in >> rows >> columns;
+  // Every value takes at least one character of the file.
+  if (shapeProduct(rows, columns) >
+      std::min<std::int64_t>(charactersLeft(in), INT_MAX))
+    rows = columns = 0;
+  m.resize(rows, columns, false);
+  T* data = m._data();
+  for (int k = 0; k < storedCount(m); ++k) in >> data[k];
+}
+
+template <typename T>
+bool CDenseVector<T>::exportToMatFile(const char* fileName,
+                                      const char* variableName,
+                                      bool append) const {
+  return vecml::detail::writeMatRecord(fileName, variableName, append,
+                                       dimension(), 1, _data(), dimension());
+}
+
+template <typename T>
+int CDenseVector<T>::importFromMatFile(const char* fileName,
+                                       const char* variableName) {
+  CDenseVector<T>& v = *this;
+  return vecml::detail::importMatRecord<T>(
+      fileName, variableName, [&v](const vecml::detail::MatRecordShape& shape) {
+        using Target = vecml::detail::MatImportTarget<T>;
+        if (shape.rows > 1 && shape.columns > 1) return Target{-2, nullptr, 0};
+        const std::int64_t n = std::max(shape.rows, shape.columns);
+        if (shape.rows < 0 || shape.columns < 0 ||
+            !vecml::detail::matElementsFitFile(n, sizeof(T), shape.fileLength))
+          return Target{-3, nullptr, 0};
+        v.resize(static_cast<int>(n));
+        return Target{0, v._data(), n};
+      });
+}
+
+template <typename T>
+void nDimFor(const std::vector<T>& start, const std::vector<T>& end,
+             std::vector<T>& counter, bool init) {
+  stepOdometer(start, end, counter, init, true);
+}
+
+template <typename T>
+void nDimForReverse(const std::vector<T>& start, const std::vector<T>& end,
+                    std::vector<T>& counter, bool init) {
+  stepOdometer(start, end, counter, init, false);
+}
+
+template class CMatrix<int>;
+template class CMatrix<float>;
+template class CMatrix<double>;
+
+#define VECML_MATRIX_INSTANTIATE_FLOATING_(T)                               \
+  template CMatrix<T> operator+(const CMatrix<T>&, const CMatrix<T>&);      \
+  template CMatrix<T> operator-(const CMatrix<T>&, const CMatrix<T>&);      \
+  template CMatrix<T> elementMul(const CMatrix<T>&, const CMatrix<T>&);     \
+  template CMatrix<T> elementDiv(const CMatrix<T>&, const CMatrix<T>&);     \
+  template CMatrix<T> operator+(const CMatrix<T>&, const T&);               \
+  template CMatrix<T> operator-(const CMatrix<T>&, const T&);               \
+  template CMatrix<T> operator*(const CMatrix<T>&, const T&);               \
+  template CMatrix<T> operator/(const CMatrix<T>&, const T&);               \
+  template CMatrix<T> operator*(const CMatrix<T>&, const CMatrix<T>&);      \
+  template CDenseVector<T> operator*(const CMatrix<T>&, const CVector<T>&); \
+  template CMatrix<T> outerProduct(const CDenseVector<T>&,                  \
+                                   const CDenseVector<T>&);                 \
+  template void save(const CMatrix<T>&, const char*);                       \
+  template void load(CMatrix<T>&, const char*);
+VECML_MATRIX_INSTANTIATE_FLOATING_(float)
+VECML_MATRIX_INSTANTIATE_FLOATING_(double)
+#undef VECML_MATRIX_INSTANTIATE_FLOATING_
+
+#define VECML_MATRIX_INSTANTIATE_ALL_(T)                                     \
+  template CMatrix<T> CDenseVector<T>::asMatrix() const;                     \
+  template bool CDenseVector<T>::exportToMatFile(const char*, const char*,   \
+                                                 bool) const;                \
+  template int CDenseVector<T>::importFromMatFile(const char*, const char*); \
+  template void nDimFor(const std::vector<T>&, const std::vector<T>&,        \
+                        std::vector<T>&, bool);                              \
+  template void nDimForReverse(const std::vector<T>&, const std::vector<T>&, \
+                               std::vector<T>&, bool);
+VECML_MATRIX_INSTANTIATE_ALL_(int)
+VECML_MATRIX_INSTANTIATE_ALL_(float)
+VECML_MATRIX_INSTANTIATE_ALL_(double)
+#undef VECML_MATRIX_INSTANTIATE_ALL_
