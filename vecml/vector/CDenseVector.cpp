@@ -255,7 +255,7 @@ const T& CDenseVector<T>::zeroElement() {
 
 template <typename T>
 T& CDenseVector<T>::discardedElement() {
-  static T sink;
+  thread_local T sink;
   sink = 0;
   return sink;
 }
