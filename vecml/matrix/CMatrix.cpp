@@ -535,19 +535,6 @@ int CMatrix<T>::importFromMatFile(const char* fileName,
 }
 
 template <typename T>
-const T& CMatrix<T>::zeroElement() {
-  static const T zero = 0;
-  return zero;
-}
-
-template <typename T>
-T& CMatrix<T>::discardedElement() {
-  thread_local T sink;
-  sink = 0;
-  return sink;
-}
-
-template <typename T>
 CMatrix<T> CDenseVector<T>::asMatrix() const {
   CMatrix<T> column(dimension(), 1);
   std::copy(begin(), end(), column._data());

@@ -11,6 +11,7 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/OutOfRange.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CVector.h"
 
@@ -82,12 +83,14 @@ class VECML_API CMatrix : public CObject<T> {
 
   /// Unchecked read of (i, j). requires: (i, j) inside (otherwise 0).
   const T& getElement(int i, int j) const {
-    return contains(i, j) ? data[i + j * numRows] : zeroElement();
+    return contains(i, j) ? data[i + j * numRows]
+                          : vecml::detail::zeroElement<T>();
   }
   /// Unchecked access to (i, j). requires: (i, j) inside (otherwise the
   /// reference is to a scratch element and writes are dropped).
   T& operator()(int i, int j) {
-    return contains(i, j) ? data[i + j * numRows] : discardedElement();
+    return contains(i, j) ? data[i + j * numRows]
+                          : vecml::detail::discardedElement<T>();
   }
   /// Unchecked write of (i, j). requires: (i, j) inside (otherwise dropped).
   void setElement(int i, int j, const T& value) { (*this)(i, j) = value; }
@@ -194,9 +197,6 @@ class VECML_API CMatrix : public CObject<T> {
   bool contains(int i, int j) const {
     return i >= 0 && i < numRows && j >= 0 && j < numColumns;
   }
-  // Targets of out-of-range access (see the class comment).
-  static const T& zeroElement();
-  static T& discardedElement();
 
   int numRows;
   int numColumns;

@@ -248,19 +248,6 @@ T CDenseVector<T>::euclideanLength(bool squared) const {
 }
 
 template <typename T>
-const T& CDenseVector<T>::zeroElement() {
-  static const T zero = 0;
-  return zero;
-}
-
-template <typename T>
-T& CDenseVector<T>::discardedElement() {
-  thread_local T sink;
-  sink = 0;
-  return sink;
-}
-
-template <typename T>
 T CDenseVector<T>::getElement(int i) const {
   return elementOrZero(*this, i);
 }

@@ -9,6 +9,7 @@
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/core/Macros.h"
+#include "vecml/core/detail/OutOfRange.h"
 #include "vecml/vector/CVector.h"
 
 /// Vector of `dim` contiguous elements of T (int, float or double).
@@ -86,13 +87,13 @@ class VECML_API CDenseVector : public CVector<T> {
   const T& operator[](int i) const override {
     if (static_cast<unsigned>(i) < static_cast<unsigned>(dim)) return data[i];
     ML_LS_CHK_AT(i, dim, "CDenseVector.h", 168);
-    return zeroElement();
+    return vecml::detail::zeroElement<T>();
   }
   /// requires: 0 <= i; i >= dimension() aborts with an ML_LS_CHK report.
   T& operator[](int i) {
     if (static_cast<unsigned>(i) < static_cast<unsigned>(dim)) return data[i];
     ML_LS_CHK_AT(i, dim, "CDenseVector.h", 179);
-    return discardedElement();
+    return vecml::detail::discardedElement<T>();
   }
   /// Unchecked read. requires: 0 <= i < dimension() (otherwise 0).
   T getElement(int i) const override;
@@ -189,10 +190,6 @@ class VECML_API CDenseVector : public CVector<T> {
   std::ostream& dump(std::ostream& os) const;
 
  private:
-  // Targets of memory-safe out-of-range access (see the class comment).
-  static const T& zeroElement();
-  static T& discardedElement();
-
   int dim;
   T* data;
 };
