@@ -85,10 +85,7 @@ CDenseVector<T>& CDenseVector<T>::operator=(const CDenseVector<T>& other) {
     return *this;
   }
   if (dim != other.dim) {
-    T* fresh = allocate<T>(other.dim);
-    delete[] data;
-    data = fresh;
-    dim = other.dim;
+    adopt(allocate<T>(other.dim), other.dim);
   }
   std::copy(other.begin(), other.end(), data);
   return *this;
@@ -102,6 +99,13 @@ CDenseVector<T>& CDenseVector<T>::operator=(CDenseVector<T>&& other) noexcept {
     data = std::exchange(other.data, nullptr);
   }
   return *this;
+}
+
+template <typename T>
+void CDenseVector<T>::adopt(T* fresh, int n) {
+  delete[] data;
+  data = fresh;
+  dim = std::max(n, 0);
 }
 
 template <typename T>
@@ -128,9 +132,7 @@ bool CDenseVector<T>::serialize(std::fstream& stream, IO_MODE mode) {
   // Only now that the whole record has been read is the old content dropped.
   T* fresh = allocate<T>(storedDim);
   std::copy(values.begin(), values.end(), fresh);
-  delete[] data;
-  data = fresh;
-  dim = storedDim;
+  adopt(fresh, storedDim);
   return true;
 }
 
@@ -139,10 +141,7 @@ bool CDenseVector<T>::serialize2(CArchiv& archive) {
   if (archive.isLoading()) {
     int storedDim = 0;
     archive.read(storedDim);
-    T* fresh = allocate<T>(storedDim);
-    delete[] data;
-    data = fresh;
-    dim = std::max(storedDim, 0);
+    adopt(allocate<T>(storedDim), storedDim);
     for (int i = 0; i < dim; ++i) archive.read(data[i]);
     return true;
   }
@@ -260,10 +259,7 @@ void CDenseVector<T>::setElement(int i, T value) {
 template <typename T>
 void CDenseVector<T>::copy(const CVector<T>& source) {
   if (&source == this) return;
-  T* fresh = allocate<T>(source.dimension());
-  delete[] data;
-  data = fresh;
-  dim = std::max(source.dimension(), 0);
+  adopt(allocate<T>(source.dimension()), source.dimension());
   CVectorOperations<T>::getInstance().getElementCopy(*this, source)(*this,
                                                                     source);
 }
@@ -283,9 +279,7 @@ void CDenseVector<T>::resize(int n) {
   T* fresh = allocate<T>(n);
   const int kept = std::min(std::max(n, 0), dim);
   std::copy(data, data + kept, fresh);
-  delete[] data;
-  data = fresh;
-  dim = std::max(n, 0);
+  adopt(fresh, n);
 }
 
 template <typename T>
@@ -294,9 +288,7 @@ void CDenseVector<T>::cat(const CDenseVector<T>& other) {
   T* fresh = allocate<T>(dim + otherDim);
   std::copy(begin(), end(), fresh);
   std::copy(other.begin(), other.end(), fresh + dim);
-  delete[] data;
-  data = fresh;
-  dim += otherDim;
+  adopt(fresh, dim + otherDim);
 }
 
 template <typename T>

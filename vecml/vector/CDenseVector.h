@@ -190,6 +190,10 @@ class VECML_API CDenseVector : public CVector<T> {
   std::ostream& dump(std::ostream& os) const;
 
  private:
+  // Frees the element array and takes \p fresh (n zero-filled elements,
+  // null when n < 1) with dimension max(n, 0).
+  void adopt(T* fresh, int n);
+
   int dim;
   T* data;
 };
