@@ -22,5 +22,23 @@ template <typename T>
 class VECML_API CVectorOperations;
 template <typename T>
 class VECML_API CMatrix;
+template <typename T>
+class VECML_API CDatasetItem;
+template <typename T>
+class VECML_API CDataset;
+template <typename T>
+class VECML_API CDatasetStatistic;
+template <typename T>
+class VECML_API CMetric;
+template <typename T>
+class VECML_API CKernel;
+template <typename T>
+class VECML_API CLearnRate;
+template <typename T>
+class VECML_API COptimizer;
+template <typename T>
+class VECML_API CProjection;
+template <typename T>
+class VECML_API CClusterAlgorithm;
 
 #endif
