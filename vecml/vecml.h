@@ -13,6 +13,7 @@
 #include "vecml/dataset/CDatasetItem.h"
 #include "vecml/learning/CMetric.h"
 #include "vecml/matrix/CMatrix.h"
+#include "vecml/stream/gzstream.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CSparseVector.h"
 #include "vecml/vector/CVector.h"
