@@ -1,0 +1,499 @@
+// Dataset records on byte streams and gzip files, and the dataset's binary
+// and archive serialization.
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <fstream>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <string>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+#include "vecml/core/CArchiv.h"
+#include "vecml/core/detail/BinaryIO.h"
+#include "vecml/dataset/CDataset.h"
+#include "vecml/stream/gzstream.h"
+#include "vecml/vector/CDenseVector.h"
+
+namespace {
+
+using vecml::detail::readValue;
+using vecml::detail::writeValue;
+
+// Items reserved before any of their data have arrived; a larger declared
+// count is reserved in doubling steps as items are read.
+constexpr std::size_t kInitialReserve = std::size_t(1) << 16;
+// Element values moved per stream read or write (256 KiB of floats).
+constexpr std::size_t kBlockFloats = std::size_t(1) << 16;
+// Items without elements consume no data, so nothing in a file bounds their
+// number; the trusting reader makes at most this many.
+constexpr std::size_t kMaxEmptyItems = std::size_t(1) << 16;
+
+const char* const kErrorPrefix = "CDataset::read(): ";
+
+// Appends `item`; when the storage is full it grows towards `declared`
+// items by doubling, so a declared count costs memory only as items come.
+template <typename T>
+void appendDeclared(std::vector<CDatasetItem<T>>& list, CDatasetItem<T>&& item,
+                    std::size_t declared) {
+  if (list.size() == list.capacity())
+    list.reserve(
+        std::max(list.size() + 1, std::min(declared, 2 * list.capacity())));
+  list.push_back(std::move(item));
+}
+
+template <typename T>
+void reserveDeclared(std::vector<CDatasetItem<T>>& list, std::size_t declared) {
+  list.reserve(std::min(declared, kInitialReserve));
+}
+
+// Reads up to `count` floats into the front of `values`, enlarging it only
+// as far as data have arrived. \return the number of whole floats read.
+std::size_t readFloats(std::istream& in, std::size_t count,
+                       std::vector<float>& values) {
+  std::size_t done = 0;
+  while (done < count) {
+    const std::size_t step = std::min(kBlockFloats, count - done);
+    if (values.size() < done + step) values.resize(done + step);
+    in.read(reinterpret_cast<char*>(values.data() + done),
+            static_cast<std::streamsize>(step * sizeof(float)));
+    const std::size_t got = static_cast<std::size_t>(in.gcount()) / 4;
+    done += got;
+    if (got < step) break;
+  }
+  return done;
+}
+
+// Reads up to `count` items of `width` float values each, in blocks of
+// whole items, and calls take(values, index) for every complete item in
+// file order. A stream that has already failed gives no items, not even
+// items without values. \return the number of complete items.
+template <typename Take>
+std::size_t readItems(std::istream& in, std::size_t count, std::size_t width,
+                      Take&& take) {
+  const std::size_t perBlock =
+      width == 0 ? count : std::max<std::size_t>(1, kBlockFloats / width);
+  std::vector<float> block;
+  std::size_t done = 0;
+  while (done < count && in) {
+    const std::size_t wanted = std::min(perBlock, count - done);
+    const std::size_t arrived = readFloats(in, wanted * width, block);
+    const std::size_t complete = width == 0 ? wanted : arrived / width;
+    for (std::size_t k = 0; k < complete; ++k)
+      take(block.data() + k * width, done + k);
+    done += complete;
+    if (complete < wanted) break;
+  }
+  return done;
+}
+
+template <typename T>
+std::unique_ptr<CDenseVector<T>> denseFrom(const float* values, int n) {
+  auto vector = std::make_unique<CDenseVector<T>>(n);
+  std::copy(values, values + n, vector->begin());
+  return vector;
+}
+
+// The item a record stores as `values` (inputs, then outputs), numbered
+// `id`: two dense vectors, as if built from clones of filled buffers.
+template <typename T>
+CDatasetItem<T> itemFrom(const float* values, int inDim, int outDim, int id) {
+  auto input = denseFrom<T>(values, inDim);
+  auto output = denseFrom<T>(values + inDim, outDim);
+  CDatasetItem<T> item(input.release(), output.release());
+  item.setId(id);
+  return item;
+}
+
+// Reads the items of a record into `list`. \return the number read.
+template <typename T>
+std::size_t readRecordItems(std::istream& in, std::size_t count, int inDim,
+                            int outDim, std::vector<CDatasetItem<T>>& list) {
+  reserveDeclared(list, count);
+  const std::size_t width = std::size_t(inDim) + std::size_t(outDim);
+  return readItems(in, count, width, [&](const float* values, std::size_t i) {
+    appendDeclared(
+        list, itemFrom<T>(values, inDim, outDim, static_cast<int>(i)), count);
+  });
+}
+
+// Collects element values as floats and writes them in blocks.
+class FloatBlockWriter {
+ public:
+  explicit FloatBlockWriter(std::ostream& out) : out(out) {
+    block.reserve(kBlockFloats);
+  }
+
+  // Appends the first `n` elements of `vector` as getElement() gives them
+  // (zero beyond a shorter vector's end), copying dense storage directly.
+  template <typename T>
+  void put(const CVector<T>& vector, int n) {
+    int i = 0;
+    if (typeid(vector) == typeid(CDenseVector<T>)) {
+      const T* values = static_cast<const CDenseVector<T>&>(vector).begin();
+      const int stored = std::min(n, vector.dimension());
+      while (i < stored) {
+        const int step = std::min(stored - i, room());
+        std::transform(values + i, values + i + step, std::back_inserter(block),
+                       [](T value) { return static_cast<float>(value); });
+        i += step;
+        flushIfFull();
+      }
+    }
+    for (; i < n; ++i) {
+      block.push_back(static_cast<float>(vector.getElement(i)));
+      flushIfFull();
+    }
+  }
+
+  void flush() {
+    vecml::detail::writeElements(out, block.data(),
+                                 static_cast<int>(block.size()));
+    block.clear();
+  }
+
+ private:
+  int room() const { return static_cast<int>(kBlockFloats - block.size()); }
+  void flushIfFull() {
+    if (block.size() == kBlockFloats) flush();
+  }
+
+  std::ostream& out;
+  std::vector<float> block;
+};
+
+template <typename T>
+void writeItems(std::ostream& out, const std::vector<CDatasetItem<T>>& list,
+                int inDim, int outDim) {
+  FloatBlockWriter writer(out);
+  for (const CDatasetItem<T>& item : list) {
+    writer.put(*item.inputVector(), inDim);
+    writer.put(*item.outputVector(), outDim);
+  }
+  writer.flush();
+}
+
+// Writes `text` with its terminating NUL, preceded by that length.
+void writeCString(std::ostream& out, const std::string& text) {
+  writeValue(out, static_cast<std::int32_t>(text.size() + 1));
+  out.write(text.c_str(), static_cast<std::streamsize>(text.size() + 1));
+}
+
+// Reads `length` bytes (none when negative) and returns their text up to
+// the first NUL. Bytes that do not arrive are missing from the text.
+std::string readText(std::istream& in, std::int32_t length) {
+  std::string text;
+  char chunk[4096];
+  std::streamsize left = std::max(length, 0);
+  while (left > 0 && in) {
+    in.read(chunk, std::min<std::streamsize>(left, sizeof chunk));
+    text.append(chunk, static_cast<std::size_t>(in.gcount()));
+    left -= in.gcount();
+  }
+  return text.substr(0, text.find('\0'));
+}
+
+// Reads a tag of `length` bytes and tells whether its text (up to the first
+// NUL, which must lie inside those bytes) equals `tag`. Only the first
+// tag.size() + 1 bytes decide; the rest of a matching tag is skipped.
+bool tagMatches(std::istream& in, std::int32_t length, const std::string& tag) {
+  if (length <= 0) return false;
+  std::string head(std::min<std::size_t>(std::size_t(length), tag.size() + 1),
+                   '\0');
+  in.read(head.data(), static_cast<std::streamsize>(head.size()));
+  head.resize(static_cast<std::size_t>(in.gcount()));
+  const std::size_t end = head.find('\0');
+  if (end == std::string::npos || head.compare(0, end, tag) != 0) return false;
+  in.ignore(std::streamsize(length) - std::streamsize(head.size()));
+  return true;
+}
+
+// --- Validating reader ---------------------------------------------------
+
+struct CheckedReader {
+  std::istream& in;
+  std::string& reason;
+
+  bool fail(const std::string& why) {
+    reason = why;
+    return false;
+  }
+
+  bool field(std::int32_t& value, const char* name) {
+    return readValue(in, value) ||
+           fail(std::string("dataset file truncated in the ") + name);
+  }
+
+  bool count(std::int32_t& value, const char* name) {
+    if (!field(value, name)) return false;
+    return value >= 0 ||
+           fail(std::string("negative ") + name + " " + std::to_string(value));
+  }
+
+  bool tag(const std::string& expected) {
+    std::int32_t length = 0;
+    if (!field(length, "tag length")) return false;
+    const std::size_t wanted = expected.size() + 1;
+    if (length != static_cast<std::int32_t>(wanted))
+      return fail("wrong file type: tag length " + std::to_string(length) +
+                  " instead of " + std::to_string(wanted));
+    std::string stored(wanted, '\0');
+    if (!in.read(stored.data(), static_cast<std::streamsize>(wanted)))
+      return fail("dataset file truncated in the type tag");
+    return stored == expected + '\0' ||
+           fail("wrong file type: the tag is not \"" + expected + "\"");
+  }
+
+  bool info(std::string& text) {
+    std::int32_t length = 0;
+    if (!count(length, "info length")) return false;
+    if (length == 0)
+      return fail("info length 0 leaves no room for the terminating NUL");
+    std::vector<char> bytes;
+    if (!vecml::detail::readBytes(in, static_cast<std::size_t>(length), bytes))
+      return fail("dataset file truncated in the info text");
+    if (bytes.back() != '\0')
+      return fail("the info text is not terminated by a NUL");
+    text = bytes.data();  // ends at the first NUL, the last byte at most
+    return true;
+  }
+
+  // Rejects shapes whose data no stream could hold or no data could bound.
+  bool shape(std::int32_t items, std::int32_t inDim, std::int32_t outDim) {
+    const std::uint64_t width = std::uint64_t(inDim) + std::uint64_t(outDim);
+    if (items > 0 && width == 0)
+      return fail("item count " + std::to_string(items) +
+                  " with input and output dimension 0: items without values "
+                  "cannot be checked against the data");
+    const std::uint64_t maxValues =
+        std::uint64_t(std::numeric_limits<std::streamsize>::max()) / 4;
+    if (width != 0 && std::uint64_t(items) > maxValues / width)
+      return fail("oversize data: " + std::to_string(items) + " items of " +
+                  std::to_string(width) + " values exceed any stream");
+    return true;
+  }
+};
+
+// Reads and checks one record into the given parts of a fresh dataset.
+template <typename T>
+bool readCheckedRecord(std::istream& in, const std::string& expectedTag,
+                       std::vector<CDatasetItem<T>>& items, int& growSize,
+                       std::string& info, std::string& reason) {
+  CheckedReader reader{in, reason};
+  std::int32_t count = 0, grow = 0, inDim = 0, outDim = 0;
+  if (!reader.tag(expectedTag) || !reader.count(count, "item count") ||
+      !reader.field(grow, "grow size") ||
+      !reader.count(inDim, "input dimension") ||
+      !reader.count(outDim, "output dimension") ||
+      !reader.shape(count, inDim, outDim) || !reader.info(info))
+    return false;
+  growSize = grow;
+  const std::size_t read =
+      readRecordItems(in, std::size_t(count), inDim, outDim, items);
+  return read == std::size_t(count) ||
+         reader.fail("dataset file truncated in item " + std::to_string(read) +
+                     " of " + std::to_string(count));
+}
+
+// Decompresses the whole file once, keeping nothing.
+// \return false when zlib meets corrupt or cut-off compressed data.
+bool gzipStreamIntact(const char* fileName) {
+  gzFile file = gzopen(fileName, "rb");
+  if (file == nullptr) return false;
+  std::vector<char> sink(std::size_t(1) << 16);
+  int got = 0;
+  do {
+    got = gzread(file, sink.data(), static_cast<unsigned>(sink.size()));
+  } while (got > 0);
+  return gzclose(file) == Z_OK && got == 0;
+}
+
+}  // namespace
+
+// --- Record on streams ----------------------------------------------------
+
+template <typename T>
+bool CDataset<T>::write(std::ostream& out) const {
+  const std::int32_t inDim = inputDimension();
+  const std::int32_t outDim = outputDimension();
+  writeCString(out, typeTag);
+  writeValue(out, static_cast<std::int32_t>(items()));
+  writeValue(out, static_cast<std::int32_t>(growBy));
+  writeValue(out, inDim);
+  writeValue(out, outDim);
+  writeCString(out, infoText);
+  writeItems(out, itemList, inDim, outDim);
+  return true;
+}
+
+template <typename T>
+bool CDataset<T>::read(std::istream& in) {
+  std::int32_t tagLength = 0;
+  readValue(in, tagLength);
+  if (!tagMatches(in, tagLength, typeTag)) {
+    std::cerr << "Wrong file type!" << std::endl;
+    return false;
+  }
+  std::int32_t count = 0, inDim = 0, outDim = 0, infoLength = 0;
+  readValue(in, count);
+  readValue(in, growBy);
+  readValue(in, inDim);
+  readValue(in, outDim);
+  readValue(in, infoLength);
+  infoText = readText(in, infoLength);
+
+  inDim = std::max(inDim, 0);
+  outDim = std::max(outDim, 0);
+  std::size_t declared = std::size_t(std::max(count, 0));
+  if (inDim == 0 && outDim == 0) declared = std::min(declared, kMaxEmptyItems);
+  itemList.clear();
+  readRecordItems(in, declared, inDim, outDim, itemList);
+  return true;
+}
+
+template <typename T>
+bool CDataset<T>::read(std::istream& in, std::string& error) {
+  CDataset<T> loaded(0, growBy);
+  std::string reason;
+  if (!readCheckedRecord(in, typeTag, loaded.itemList, loaded.growBy,
+                         loaded.infoText, reason)) {
+    error = kErrorPrefix + reason;
+    return false;
+  }
+  takeRecord(loaded);
+  return true;
+}
+
+// --- Record in gzip files -------------------------------------------------
+
+template <typename T>
+bool CDataset<T>::write(const char* fileName) const {
+  if (fileName == nullptr) return false;
+  ogzstream out(fileName, std::ios::out);
+  if (!out.good()) return false;
+  write(out);
+  out.close();
+  return true;
+}
+
+template <typename T>
+bool CDataset<T>::read(const char* fileName) {
+  if (fileName == nullptr || !std::ifstream(fileName).is_open()) return false;
+  igzstream in(fileName, std::ios::in);
+  if (!in.good()) return false;
+  read(in);
+  in.close();
+  return true;
+}
+
+template <typename T>
+bool CDataset<T>::read(const char* fileName, std::string& error) {
+  if (fileName == nullptr) {
+    error = std::string(kErrorPrefix) + "no file name given";
+    return false;
+  }
+  const auto failWith = [&](const std::string& reason) {
+    error = kErrorPrefix + reason + "; file: " + fileName;
+    return false;
+  };
+  if (!std::ifstream(fileName).is_open()) return failWith("cannot open file");
+  igzstream in(fileName, std::ios::in);
+  if (!in.good()) return failWith("cannot open file as a gzip stream");
+
+  CDataset<T> loaded(0, growBy);
+  std::string reason;
+  if (!readCheckedRecord(in, typeTag, loaded.itemList, loaded.growBy,
+                         loaded.infoText, reason)) {
+    // A broken compressed stream makes the record look damaged, mostly cut
+    // short, so it is named instead when zlib finds one.
+    return failWith(gzipStreamIntact(fileName)
+                        ? reason
+                        : "broken gzip stream (corrupt or cut-off data)");
+  }
+  if (in.peek() != std::char_traits<char>::eof())
+    return failWith("data continue after the last item");
+  in.close();
+  if (in.bad()) return failWith("broken gzip stream (corrupt or cut-off data)");
+  takeRecord(loaded);
+  return true;
+}
+
+template <typename T>
+void CDataset<T>::takeRecord(CDataset<T>& loaded) {
+  itemList.swap(loaded.itemList);
+  growBy = loaded.growBy;
+  infoText.swap(loaded.infoText);
+}
+
+// --- Object serialization -------------------------------------------------
+
+template <typename T>
+bool CDataset<T>::serialize(std::fstream& stream, IO_MODE mode) {
+  if (!CObject<T>::serialize(stream, mode)) return false;
+  if (mode != IO_READ) {
+    const auto infoLength = static_cast<std::int32_t>(infoText.size());
+    writeValue(stream, static_cast<std::int32_t>(items()));
+    writeValue(stream, infoLength);
+    stream.write(infoText.data(), infoLength);
+    const int written = std::min<int>(infoLength, items());
+    for (int j = 0; j < written; ++j) {
+      itemList[j].inputVector()->serialize(stream, mode);
+      itemList[j].outputVector()->serialize(stream, mode);
+    }
+    return false;
+  }
+  std::int32_t count = 0, infoLength = 0;
+  readValue(stream, count);
+  reserveDeclared(itemList, std::size_t(std::max(count, 0)));
+  readValue(stream, infoLength);
+  infoText = readText(stream, infoLength);
+  for (std::int32_t j = 0; j < infoLength; ++j) {
+    auto input = std::make_unique<CDenseVector<T>>();
+    auto output = std::make_unique<CDenseVector<T>>();
+    input->serialize(stream, IO_READ);
+    output->serialize(stream, IO_READ);
+    if (!stream) break;
+    appendOwned(CDatasetItem<T>(input.release(), output.release()));
+  }
+  return false;
+}
+
+template <typename T>
+bool CDataset<T>::serialize2(CArchiv& archive) {
+  if (!CObject<T>::serialize2(archive)) return false;
+  if (archive.isLoading()) {
+    itemList.clear();
+    unsigned int count = 0;
+    archive.read(count);
+    reserveDeclared(itemList, count);
+    for (unsigned int k = 0; k < count; ++k) {
+      appendDeclared(itemList, CDatasetItem<T>(), count);
+      archive.read(itemList.back());
+    }
+    return true;
+  }
+  unsigned long count = itemList.size();
+  archive.write(count);
+  archive.writeSeparator();
+  for (CDatasetItem<T>& item : itemList) archive.write(item);
+  archive.writeSeparator();
+  return true;
+}
+
+#define VECML_INSTANTIATE_DATASET_FILE(T)                       \
+  template bool CDataset<T>::write(std::ostream&) const;        \
+  template bool CDataset<T>::read(std::istream&);               \
+  template bool CDataset<T>::write(const char*) const;          \
+  template bool CDataset<T>::read(const char*);                 \
+  template bool CDataset<T>::read(std::istream&, std::string&); \
+  template bool CDataset<T>::read(const char*, std::string&);   \
+  template void CDataset<T>::takeRecord(CDataset<T>&);          \
+  template bool CDataset<T>::serialize(std::fstream&, IO_MODE); \
+  template bool CDataset<T>::serialize2(CArchiv&);
+
+VECML_INSTANTIATE_DATASET_FILE(float)
+VECML_INSTANTIATE_DATASET_FILE(double)
