@@ -12,6 +12,7 @@
 #include "vecml/core/Types.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
+#include "vecml/learning/CKernel.h"
 #include "vecml/learning/CMetric.h"
 #include "vecml/matrix/CMatrix.h"
 #include "vecml/stream/gzstream.h"
