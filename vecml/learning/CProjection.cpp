@@ -1,0 +1,15 @@
+#include "vecml/learning/CProjection.h"
+
+template <typename T>
+CProjection<T>::CProjection() : directionCount(0) {}
+
+template <typename T>
+CProjection<T>::~CProjection() = default;
+
+template <typename T>
+std::string CProjection<T>::className() const {
+  return "CProjection";
+}
+
+template class CProjection<float>;
+template class CProjection<double>;
