@@ -12,6 +12,7 @@
 #include "vecml/core/Types.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
+#include "vecml/learning/CClusterAlgorithm.h"
 #include "vecml/learning/CKernel.h"
 #include "vecml/learning/CLearnRate.h"
 #include "vecml/learning/CMetric.h"

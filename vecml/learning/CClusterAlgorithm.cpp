@@ -1,0 +1,64 @@
+#include "vecml/learning/CClusterAlgorithm.h"
+
+#include <cmath>
+#include <limits>
+
+template <typename T>
+CClusterAlgorithm<T>::CClusterAlgorithm(CMetric<T>* metric)
+    : references(1000, 1000), distanceMetric(metric) {}
+
+template <typename T>
+CClusterAlgorithm<T>::~CClusterAlgorithm() {
+  delete distanceMetric;
+}
+
+template <typename T>
+bool CClusterAlgorithm<T>::serialize(std::fstream& stream, IO_MODE mode) {
+  if (!CObject<T>::serialize(stream, mode)) return false;
+  // The dataset's serialize reports false in both directions, so the stored
+  // form ends here: the metric is never written, and reading leaves the
+  // metric given to the constructor in place.
+  return references.serialize(stream, mode);
+}
+
+template <typename T>
+void CClusterAlgorithm<T>::setMetric(CMetric<T>* metric) {
+  // Deleting the metric that is about to be stored again would leave a
+  // dangling pointer.
+  if (metric == distanceMetric) return;
+  delete distanceMetric;
+  distanceMetric = metric;
+}
+
+// The prototype search is the dataset's own best match over its inputs,
+// which calls distance(item input, query), keeps the first of equal
+// distances and starts from item 0's distance, so a NaN never takes over.
+
+template <typename T>
+int CClusterAlgorithm<T>::nearestNode(const CVector<T>& x) const {
+  if (references.items() == 0) return -1;
+  return references.getBestMatchIDInput(x, *distanceMetric);
+}
+
+template <typename T>
+T CClusterAlgorithm<T>::nearestNodeDistance(const CVector<T>& x) const {
+  if (references.items() == 0) return std::numeric_limits<T>::quiet_NaN();
+  int index = 0;
+  T distance = T(0);
+  references.getBestMatchInput(x, *distanceMetric, index, distance);
+  return distance;
+}
+
+template <typename T>
+T CClusterAlgorithm<T>::rmse(const CDataset<T>& data) const {
+  const T count = static_cast<T>(data.items());
+  T sum = T(0);
+  for (int j = 0; j < data.items(); ++j) {
+    const T distance = nearestNodeDistance(*data.item(j).inputVector());
+    sum += distance * distance;
+  }
+  return std::sqrt(sum / count);
+}
+
+template class CClusterAlgorithm<float>;
+template class CClusterAlgorithm<double>;
