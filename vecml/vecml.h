@@ -11,6 +11,7 @@
 #include "vecml/core/Macros.h"
 #include "vecml/core/Types.h"
 #include "vecml/dataset/CDataset.h"
+#include "vecml/dataset/CDatasetAlgorithm.h"
 #include "vecml/dataset/CDatasetItem.h"
 #include "vecml/learning/CClusterAlgorithm.h"
 #include "vecml/learning/CKernel.h"
