@@ -13,6 +13,7 @@
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetAlgorithm.h"
 #include "vecml/dataset/CDatasetItem.h"
+#include "vecml/dataset/CDatasetStatistic.h"
 #include "vecml/learning/CClusterAlgorithm.h"
 #include "vecml/learning/CKernel.h"
 #include "vecml/learning/CLearnRate.h"
