@@ -10,6 +10,7 @@
 #include "vecml/core/Forward.h"
 #include "vecml/core/Macros.h"
 #include "vecml/core/Types.h"
+#include "vecml/dataset/CCsvFile.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetAlgorithm.h"
 #include "vecml/dataset/CDatasetItem.h"
