@@ -17,6 +17,7 @@
 #include "vecml/core/detail/BinaryIO.h"
 #include "vecml/matrix/detail/MatFileRecord.h"
 #include "vecml/matrix/detail/MatrixProduct.h"
+#include "vecml/matrix/detail/StandardMatFileRecord.h"
 
 using vecml::detail::add;
 using vecml::detail::divide;
@@ -512,8 +513,9 @@ std::ostream& CMatrix<T>::dump(std::ostream& os) const {
 template <typename T>
 bool CMatrix<T>::exportToMatFile(const char* fileName, const char* variableName,
                                  bool append) const {
-  return vecml::detail::writeMatRecord(fileName, variableName, append, numRows,
-                                       numColumns, data, storedCount(*this));
+  return vecml::detail::writeMatRecord<std::int64_t>(
+      fileName, variableName, append, numRows, numColumns, data,
+      storedCount(*this));
 }
 
 template <typename T>
@@ -531,6 +533,27 @@ int CMatrix<T>::importFromMatFile(const char* fileName,
           return vecml::detail::MatImportTarget<T>{-3, nullptr, 0};
         resize(rows, columns, false);
         return vecml::detail::MatImportTarget<T>{0, data, storedCount(*this)};
+      });
+}
+
+template <typename T>
+bool CMatrix<T>::exportToStandardMatFile(const char* fileName,
+                                         const char* variableName,
+                                         bool append) const {
+  return vecml::detail::writeMatRecord<std::int32_t>(
+      fileName, variableName, append, numRows, numColumns, data,
+      storedCount(*this));
+}
+
+template <typename T>
+int CMatrix<T>::importFromStandardMatFile(const char* fileName,
+                                          const char* variableName) {
+  return vecml::detail::importStandardMatRecord<T>(
+      fileName, variableName, [this](int rows, int columns, auto read) {
+        CMatrix<T> loaded(rows, columns, false);
+        if (!read(loaded._data())) return vecml::detail::kMatUnreadable;
+        *this = std::move(loaded);
+        return vecml::detail::kMatFound;
       });
 }
 
@@ -652,8 +675,8 @@ template <typename T>
 bool CDenseVector<T>::exportToMatFile(const char* fileName,
                                       const char* variableName,
                                       bool append) const {
-  return vecml::detail::writeMatRecord(fileName, variableName, append,
-                                       dimension(), 1, _data(), dimension());
+  return vecml::detail::writeMatRecord<std::int64_t>(
+      fileName, variableName, append, dimension(), 1, _data(), dimension());
 }
 
 template <typename T>
@@ -670,6 +693,28 @@ int CDenseVector<T>::importFromMatFile(const char* fileName,
           return Target{-3, nullptr, 0};
         v.resize(static_cast<int>(n));
         return Target{0, v._data(), n};
+      });
+}
+
+template <typename T>
+bool CDenseVector<T>::exportToStandardMatFile(const char* fileName,
+                                              const char* variableName,
+                                              bool append) const {
+  return vecml::detail::writeMatRecord<std::int32_t>(
+      fileName, variableName, append, dimension(), 1, _data(), dimension());
+}
+
+template <typename T>
+int CDenseVector<T>::importFromStandardMatFile(const char* fileName,
+                                               const char* variableName) {
+  return vecml::detail::importStandardMatRecord<T>(
+      fileName, variableName, [this](int rows, int columns, auto read) {
+        if (rows > 1 && columns > 1) return vecml::detail::kMatNotAVector;
+        // One count is at most 1, so the product fits in int.
+        CDenseVector<T> loaded(rows * columns);
+        if (!read(loaded._data())) return vecml::detail::kMatUnreadable;
+        *this = std::move(loaded);
+        return vecml::detail::kMatFound;
       });
 }
 
@@ -713,6 +758,10 @@ VECML_MATRIX_INSTANTIATE_FLOATING_(double)
   template bool CDenseVector<T>::exportToMatFile(const char*, const char*,   \
                                                  bool) const;                \
   template int CDenseVector<T>::importFromMatFile(const char*, const char*); \
+  template bool CDenseVector<T>::exportToStandardMatFile(                    \
+      const char*, const char*, bool) const;                                 \
+  template int CDenseVector<T>::importFromStandardMatFile(const char*,       \
+                                                          const char*);      \
   template void nDimFor(const std::vector<T>&, const std::vector<T>&,        \
                         std::vector<T>&, bool);                              \
   template void nDimForReverse(const std::vector<T>&, const std::vector<T>&, \

@@ -172,6 +172,13 @@ class VECML_API CMatrix : public CObject<T> {
   /// \return \p os.
   std::ostream& dump(std::ostream& os) const;
 
+  // MAT files come in two layouts. exportToMatFile()/importFromMatFile()
+  // use this library's own records, whose five header fields are 8 bytes
+  // wide; only this library reads them back. exportToStandardMatFile()/
+  // importFromStandardMatFile() use the standard Level 4 layout with 4-byte
+  // header fields, which other numerical tools read and write: use those
+  // to exchange matrices with other programs.
+
   /// Writes this matrix as one MAT record named \p variableName, appended
   /// to \p fileName or replacing it.
   /// requires: \p variableName is a zero-terminated string.
@@ -191,6 +198,32 @@ class VECML_API CMatrix : public CObject<T> {
   /// \return 0 when read, -1 when the file cannot be opened, -3 when the
   ///         variable is not found.
   int importFromMatFile(const char* fileName, const char* variableName);
+
+  /// Writes this matrix as one standard Level 4 MAT record named
+  /// \p variableName (type 0: little-endian doubles, full numeric matrix,
+  /// no imaginary part; 4-byte header fields), appended to \p fileName or
+  /// replacing it. Elements are written column by column as doubles.
+  /// requires: \p variableName is a zero-terminated string.
+  /// \return false when the file cannot be opened (nothing is written).
+  bool exportToStandardMatFile(const char* fileName, const char* variableName,
+                               bool append) const;
+  /// Reads the first standard Level 4 MAT record named \p variableName
+  /// (names compare up to their first zero byte), printing nothing.
+  /// Little-endian full numeric records of every precision (double, single,
+  /// int32, int16, uint16, uint8) are read and converted to T: to float by
+  /// rounding to nearest, to int by truncating toward zero. Records of
+  /// other names are skipped whatever their class, imaginary parts
+  /// included. No more is allocated than the record's data, which must be
+  /// in the file in full; on any result but 0 the matrix is unchanged.
+  /// \return 0 when read, -1 when the file cannot be opened, -3 when the
+  ///         file ends after its last whole record without the variable,
+  ///         -4 when the scan meets a record this library cannot read: the
+  ///         variable has an imaginary part or is text or sparse, a type
+  ///         is not little-endian numeric data of a known precision, a size
+  ///         is negative or overflows, the imaginary flag is neither 0 nor
+  ///         1, a name is empty or lacks its zero byte, or a record ends
+  ///         early.
+  int importFromStandardMatFile(const char* fileName, const char* variableName);
 
  private:
   // A negative row or column count contains no position.

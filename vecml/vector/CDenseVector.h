@@ -170,7 +170,10 @@ class VECML_API CDenseVector : public CVector<T> {
   CMatrix<T> asMatrix() const;
 
   /// Writes this vector as one MAT record of dimension() rows and 1 column
-  /// (defined with CMatrix). \return false when the file cannot be opened.
+  /// (defined with CMatrix), in this library's own layout with 8-byte
+  /// header fields, which only this library reads back; to exchange vectors
+  /// with other numerical tools use exportToStandardMatFile().
+  /// \return false when the file cannot be opened.
   bool exportToMatFile(const char* fileName, const char* variableName,
                        bool append) const;
   /// Reads the first MAT record named \p variableName, scanning as
@@ -183,6 +186,23 @@ class VECML_API CDenseVector : public CVector<T> {
   ///         unchanged) when the record has more than one row and more than
   ///         one column, -3 when the variable is not found.
   int importFromMatFile(const char* fileName, const char* variableName);
+
+  /// Writes this vector as one standard Level 4 MAT record of dimension()
+  /// rows and 1 column, the layout other numerical tools exchange (see
+  /// CMatrix::exportToStandardMatFile; defined with CMatrix).
+  /// \return false when the file cannot be opened.
+  bool exportToStandardMatFile(const char* fileName, const char* variableName,
+                               bool append) const;
+  /// Reads the first standard Level 4 MAT record named \p variableName as
+  /// CMatrix::importFromStandardMatFile does (defined with CMatrix). A
+  /// record of n x 1, 1 x n or, when empty, 0 x m or m x 0 gives a vector of
+  /// its rows * columns elements. On any result but 0 the vector is
+  /// unchanged.
+  /// \return 0 when read, -1 when the file cannot be opened, -2 when the
+  ///         record has more than one row and more than one column, -3 when
+  ///         the variable is not found, -4 when the scan meets a record this
+  ///         library cannot read.
+  int importFromStandardMatFile(const char* fileName, const char* variableName);
 
   /// Writes "Vector dim: <dim>: ", a line end, "[ " and each element
   /// followed by a blank to \p os, then " ]" and two line ends to std::cout.

@@ -1,7 +1,9 @@
-// Records of MAT files: five 8-byte header fields (type, rows, columns,
-// imaginary flag, name length), the zero-terminated name, then rows *
-// columns doubles column by column. Files are plain concatenations of such
-// records.
+// Records of MAT files: five header fields (type, rows, columns, imaginary
+// flag, name length), the zero-terminated name, then rows * columns doubles
+// column by column. Files are plain concatenations of such records. This
+// file reads and writes the library's own records, whose header fields are
+// 8 bytes wide; StandardMatFileRecord.h reads the standard layout with
+// 4-byte fields.
 #ifndef VECML_MATRIX_DETAIL_MATFILERECORD_H
 #define VECML_MATRIX_DETAIL_MATFILERECORD_H
 
@@ -23,19 +25,22 @@ constexpr std::int32_t kMatNameBufferBytes = 256;
 constexpr std::int64_t kMatChunkElements = 512;
 
 /// Writes one record of \p count elements of \p elements under
-/// \p variableName, appending to \p fileName or replacing it.
+/// \p variableName, appending to \p fileName or replacing it. The header
+/// fields are written as \p Field: std::int64_t for this library's own
+/// records, std::int32_t for the standard layout that other tools read.
+/// requires: the name length and both counts fit in \p Field.
 /// \return false when the file cannot be opened.
-template <typename T>
+template <typename Field, typename T>
 bool writeMatRecord(const char* fileName, const char* variableName, bool append,
-                    std::int64_t rows, std::int64_t columns, const T* elements,
+                    Field rows, Field columns, const T* elements,
                     std::int64_t count) {
   std::ofstream file(
       fileName, std::ios::binary | (append ? std::ios::app : std::ios::trunc));
   if (!file.is_open()) return false;
-  const std::int64_t nameLength =
-      static_cast<std::int64_t>(std::strlen(variableName)) + 1;
-  for (const std::int64_t field :
-       {std::int64_t(0), rows, columns, std::int64_t(0), nameLength})
+  const Field nameLength = static_cast<Field>(std::strlen(variableName) + 1);
+  // Type 0: little-endian IEEE doubles, full numeric matrix, no imaginary
+  // part.
+  for (const Field field : {Field(0), rows, columns, Field(0), nameLength})
     writeValue(file, field);
   file.write(variableName, nameLength);
   double chunk[kMatChunkElements];
