@@ -1,13 +1,12 @@
 #include "vecml/core/CObjectFactory.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <link.h>
 
 #include <memory>
 #include <string>
 
 #include "support/CaptureOutput.h"
+#include "support/LoadedLibrary.h"
 #include "vecml/core/CObject.h"
 #include "vecml/learning/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
@@ -21,14 +20,6 @@ const char* const kCounter = "CFloatCounter";
 const char* const kTwinCounter = "CFloatCounterTwin";
 const char* const kCounterFile = "CFloatCounterFactory.so";
 const char* const kTwinCounterFile = "CFloatCounterTwinFactory.so";
-
-// True while the shared object is loaded in this process; never loads it.
-bool isLoaded(const std::string& fileName) {
-  void* probe = dlopen(fileName.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-  if (probe == nullptr) return false;
-  dlclose(probe);
-  return true;
-}
 
 template <typename T>
 std::unique_ptr<CObject<T>> adopt(void* produced) {
@@ -185,24 +176,6 @@ TEST(CObjectFactoryTest, DestructorClosesThePlugin) {
     EXPECT_TRUE(isLoaded(kCounterFile));
   }
   EXPECT_FALSE(isLoaded(kCounterFile));
-}
-
-TEST(CObjectFactoryTest, ClassNameWithASlashIsTakenAsAPath) {
-  CObjectFactory first;
-  EXPECT_EQ(countedLoad(first, kCounter), 1);
-  void* probe = dlopen(kCounterFile, RTLD_LAZY | RTLD_NOLOAD);
-  ASSERT_NE(probe, nullptr);
-  link_map* map = nullptr;
-  ASSERT_EQ(dlinfo(probe, RTLD_DI_LINKMAP, &map), 0);
-  std::string path = map->l_name;
-  dlclose(probe);
-  ASSERT_EQ(path.find('/'), 0u);
-  const std::string suffix = "Factory.so";
-  ASSERT_GT(path.size(), suffix.size());
-  path.resize(path.size() - suffix.size());
-
-  CObjectFactory second;
-  EXPECT_EQ(countedLoad(second, path), 2);  // the same loaded plug-in
 }
 
 TEST(CObjectFactoryTest, ObjectsOutliveTheClosedPluginThatMadeThem) {

@@ -2,13 +2,35 @@
 
 #include <dlfcn.h>
 
+#include <cstddef>
 #include <iostream>
 
 #include "vecml/core/CObject.h"
 
 namespace {
 
-const char* const kPluginSuffix = "Factory.so";
+constexpr char kPluginSuffix[] = "Factory.so";
+
+// Longest class name whose plug-in file name still fits in one file-name
+// component (NAME_MAX, 255 bytes).
+constexpr std::size_t kMaxClassNameLength = 255 - (sizeof(kPluginSuffix) - 1);
+
+bool isAsciiLetterOrUnderscore(char c) {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+}
+
+// True for a non-empty identifier of ASCII letters, digits and underscores
+// that does not start with a digit and is at most kMaxClassNameLength long.
+// Class names arrive from files; anything else (a slash, "..", a space, an
+// embedded NUL) would let a file choose which library dlopen maps into the
+// process, so such names are never passed to it.
+bool isPlainClassName(const std::string& name) {
+  if (name.empty() || name.size() > kMaxClassNameLength) return false;
+  if (!isAsciiLetterOrUnderscore(name[0])) return false;
+  for (char c : name)
+    if (!isAsciiLetterOrUnderscore(c) && !(c >= '0' && c <= '9')) return false;
+  return true;
+}
 
 // Entry points are called through their exact types (the sanitizer build
 // checks indirect calls).
@@ -39,20 +61,22 @@ void* CObjectFactory::produceObject(std::string className, DATATYPE type) {
 }
 
 bool CObjectFactory::canProduce(const char* className) {
-  return load(className + std::string(kPluginSuffix));
+  return load(className);
 }
 
 bool CObjectFactory::canProduce(std::string className) {
-  return load(className + kPluginSuffix);
+  return load(className);
 }
 
-bool CObjectFactory::load(const std::string& fileName) {
+bool CObjectFactory::load(const std::string& className) {
+  const std::string fileName = className + kPluginSuffix;
   if (fileName == libraryName) return true;
   if (handle != nullptr) {
     dlclose(handle);
     handle = nullptr;
   }
-  handle = dlopen(fileName.c_str(), RTLD_LAZY);
+  // A refused name fails like a plug-in file that does not exist.
+  if (isPlainClassName(className)) handle = dlopen(fileName.c_str(), RTLD_LAZY);
   if (handle == nullptr) return false;
   libraryName = fileName;
   return true;
@@ -60,10 +84,9 @@ bool CObjectFactory::load(const std::string& fileName) {
 
 void* CObjectFactory::produce(const std::string& className, DATATYPE type,
                               bool reportUnknownType) {
-  const std::string fileName = className + kPluginSuffix;
-  if (!load(fileName)) {
-    std::cout << "dlopen error: Cannot open shared object " << fileName
-              << std::endl;
+  if (!load(className)) {
+    std::cout << "dlopen error: Cannot open shared object " << className
+              << kPluginSuffix << std::endl;
     return nullptr;
   }
   if (type == DT_FLOAT || type == DT_DOUBLE) return create(type);

@@ -11,9 +11,15 @@
 ///
 /// The plug-in of class C is the shared library "CFactory.so", looked up on
 /// the dynamic loader's search path (which includes the vecml/ folder beside
-/// libvecml.so) unless the name contains a slash. It exports, with C
-/// linkage, `CObject<float>* create_float()` and
-/// `CObject<double>* create_double()`, each returning a new object of C.
+/// libvecml.so). It exports, with C linkage, `CObject<float>* create_float()`
+/// and `CObject<double>* create_double()`, each returning a new object of C.
+///
+/// Class names come from files, so only plain class names are looked up:
+/// 1 to 245 ASCII letters, digits and underscores, not starting with a
+/// digit (the plug-in file name then fits in 255 bytes). Any other name (a
+/// path, "..", spaces, an embedded NUL, an empty or longer name) is never
+/// passed to dlopen and fails exactly like a plug-in file that does not
+/// exist.
 ///
 /// One plug-in is held at a time: asking for another class first closes the
 /// current one. The library's plug-ins carry no code of the classes they
@@ -48,10 +54,10 @@ class VECML_API CObjectFactory {
   /// requires: \p className is not null.
   /// \return the new object, owned by the caller, as a CObject<float>* for
   ///         DT_FLOAT and a CObject<double>* for DT_DOUBLE; null when the
-  ///         plug-in cannot be loaded ("dlopen error: Cannot open shared
-  ///         object <file>" on standard output), when it lacks the entry
-  ///         point ("dlsym error: ..." on standard output) and, silently,
-  ///         for any other type (the plug-in is loaded all the same).
+  ///         name is refused or the plug-in cannot be loaded ("dlopen error:
+  ///         Cannot open shared object <file>" on standard output), when it
+  ///         lacks the entry point ("dlsym error: ..." on standard output) and,
+  ///         silently, for any other type (the plug-in is loaded all the same).
   void* produceObject(const char* className, DATATYPE type);
   /// As above, but an unknown type writes "CObjectFactory: Unknown data
   /// type!" to standard output.
@@ -61,15 +67,16 @@ class VECML_API CObjectFactory {
   /// one; prints nothing. requires: \p className is not null.
   /// \return true when the plug-in was loaded now or its name is the stored
   ///         one (also after a failed load of another class, when no
-  ///         plug-in is held); false when it cannot be loaded, which leaves
-  ///         no plug-in held.
+  ///         plug-in is held); false when the name is refused or the
+  ///         plug-in cannot be loaded, which leaves no plug-in held.
   bool canProduce(const char* className);
   bool canProduce(std::string className);
 
  private:
-  // Makes `fileName` the held plug-in. False when dlopen fails, which
-  // leaves no plug-in held but keeps the stored name.
-  bool load(const std::string& fileName);
+  // Makes the plug-in of `className` the held one. False when the name is
+  // refused or dlopen fails, which leaves no plug-in held but keeps the
+  // stored name.
+  bool load(const std::string& className);
   void* produce(const std::string& className, DATATYPE type,
                 bool reportUnknownType);
   void* create(DATATYPE type);
