@@ -1,0 +1,71 @@
+#!/usr/bin/env bash
+# Builds the fuzz harnesses (clang, ASan + UBSan, libFuzzer) and runs each
+# for the given number of seconds on a copy of its seed corpus. Runs every
+# harness, then exits non-zero when any of them found something; the
+# reproducer is left under <build>/fuzz-runs/<harness>/.
+#
+# Usage: fuzz/run.sh <seconds-per-harness> [harness...]
+#   harness: the stem of a fuzz/<harness>.cpp (default: all of them)
+#   VECML_FUZZ_BUILD_DIR: build directory (default: build-fuzz)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+usage="usage: fuzz/run.sh <seconds-per-harness> [harness...]"
+seconds=${1:?$usage}
+[[ $seconds =~ ^[0-9]+$ ]] || { echo "$usage" >&2; exit 2; }
+shift
+build=${VECML_FUZZ_BUILD_DIR:-build-fuzz}
+
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DCMAKE_CXX_COMPILER=clang++ -DVECML_BUILD_FUZZERS=ON \
+  -DVECML_BUILD_TESTS=OFF -DVECML_BUILD_EXAMPLES=OFF -DVECML_BUILD_TOOLS=OFF \
+  -DVECML_WERROR=ON
+cmake --build "$build" --target vecml_fuzzers -j2
+
+harnesses=("$@")
+if ((${#harnesses[@]} == 0)); then
+  for source in fuzz/*.cpp; do harnesses+=("$(basename "$source" .cpp)"); done
+fi
+
+# Longest input per harness: room for a few records, small for the
+# fixed-size ones.
+max_len() {
+  case $1 in
+    kernel_serialize | learn_rate_serialize) echo 64 ;;
+    matrix_load) echo 1024 ;;
+    *) echo 4096 ;;
+  esac
+}
+
+export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
+# A smaller quarantine keeps ASan's own memory well below the RSS limit.
+export ASAN_OPTIONS=${ASAN_OPTIONS:-quarantine_size_mb=64}
+runs=$build/fuzz-runs
+failed=()
+for harness in "${harnesses[@]}"; do
+  program=$build/fuzz/vecml_fuzz_$harness
+  [[ -x $program ]] || { echo "no harness $harness" >&2; exit 2; }
+  work=$runs/$harness
+  rm -rf "$work"
+  mkdir -p "$work/corpus"
+  if [[ -d fuzz/corpus/$harness ]]; then
+    cp fuzz/corpus/"$harness"/* "$work/corpus/"
+  fi
+  echo "== $harness: ${seconds}s"
+  if "$program" -max_total_time="$seconds" -rss_limit_mb=512 \
+    -max_len="$(max_len "$harness")" -timeout=10 -print_final_stats=1 \
+    -artifact_prefix="$work/" "$work/corpus" >"$work/log" 2>&1; then
+    grep -E '^#[0-9]+[[:space:]]+DONE' "$work/log" || true
+    grep -E '^stat::(number_of_executed_units|peak_rss_mb)' "$work/log" || true
+  else
+    tail -n 60 "$work/log"
+    echo "== $harness: FINDING (log and reproducer in $work/)"
+    failed+=("$harness")
+  fi
+done
+
+if ((${#failed[@]})); then
+  echo "== fuzzing found problems in: ${failed[*]}"
+  exit 1
+fi
+echo "== fuzzing passed (${#harnesses[@]} harnesses, ${seconds}s each)"
