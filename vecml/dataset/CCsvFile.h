@@ -75,8 +75,8 @@ class VECML_API CCsvFile {
   CCsvFile();
 
   /// requires: \p delimiter is none of the characters that appear in
-  /// numbers (letters, digits, '+', '-', '.'), nor '"', '\r', '\n' or NUL;
-  /// read() and write() refuse such a delimiter with an error.
+  /// numbers (letters, digits, '+', '-', '.'), nor '"', carriage return, line
+  /// feed or NUL; read() and write() refuse such a delimiter with an error.
   void setDelimiter(char delimiter) { separator = delimiter; }
   char delimiter() const { return separator; }
   /// Whether the first line holds column names rather than values.
