@@ -19,18 +19,34 @@ void reportCriticalMessage(const char* file, int line, const char* message) {
 
 }  // namespace vecml::detail
 
+namespace {
+
+constexpr std::align_val_t kArrayAlignment{64};
+
+}  // namespace
+
 template <typename T>
 T* NEWARRAY(int n) {
   if (n < 0) throw std::bad_array_new_length();
-  T* array = new (std::nothrow) T[static_cast<std::size_t>(n)];
+  T* array = new (kArrayAlignment, std::nothrow) T[static_cast<std::size_t>(n)];
   if (array == nullptr) throw "Out of memory during allocation of CDenseVector";
   std::memset(array, 0, sizeof(T) * static_cast<std::size_t>(n));
   return array;
 }
 
+// The element types are trivially destructible, so the array new above
+// stores no element count and hands out the allocation itself.
+template <typename T>
+void DELETEARRAY(T* array) noexcept {
+  ::operator delete[](array, kArrayAlignment);
+}
+
 template int* NEWARRAY<int>(int);
 template float* NEWARRAY<float>(int);
 template double* NEWARRAY<double>(int);
+template void DELETEARRAY<int>(int*) noexcept;
+template void DELETEARRAY<float>(float*) noexcept;
+template void DELETEARRAY<double>(double*) noexcept;
 
 namespace {
 

@@ -102,7 +102,8 @@ class VECML_API CDenseVector : public CVector<T> {
 
   /// Raw element array, owned by the vector.
   T* _data() const { return data; }
-  /// Stores \p values as the element array without freeing the old one.
+  /// Stores \p values as the element array without freeing the old one
+  /// (the caller releases it with DELETEARRAY).
   /// requires: \p values holds dimension() elements from NEWARRAY<T>.
   void _setData(T* values) { data = values; }
   bool isSparse() const { return false; }
