@@ -75,6 +75,10 @@ def gzip_file_seeds():
         "two_members": gz(records["three_items"][:30]) +
                        gz(records["three_items"][30:]),
         "empty_file": b"",
+        # 100 bytes declaring 2,000,000,000 items of 16 + 1 values.
+        "two_billion_items": gz(dataset(
+            [0], 16, 1, [float(i * i) for i in range(12)],
+            info=b"two billion items", count=2000000000)),
     }
 
 
