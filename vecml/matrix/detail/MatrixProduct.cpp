@@ -1,0 +1,274 @@
+#include "vecml/matrix/detail/MatrixProduct.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <memory>
+#include <new>
+
+#include "vecml/matrix/detail/SimdLanes.h"
+
+namespace vecml::detail {
+
+namespace {
+
+// The kernels of one instruction set (MatrixProductTile.inc) and the cache
+// blocks that suit them.
+template <typename T>
+struct TileKernel {
+  // b is a packed panel when ldb is 0, else read in place. narrowTile
+  // covers only narrowColumns of the panel's columns, for the last columns
+  // of c.
+  void (*tile)(const T* a, const T* b, std::ptrdiff_t ldb, T* c,
+               std::ptrdiff_t ldc, std::ptrdiff_t depth, bool carry);
+  void (*narrowTile)(const T* a, const T* b, std::ptrdiff_t ldb, T* c,
+                     std::ptrdiff_t ldc, std::ptrdiff_t depth, bool carry);
+  void (*packRows)(const T* a, std::ptrdiff_t lda, std::ptrdiff_t count,
+                   std::ptrdiff_t depth, T* packed);
+  void (*packColumns)(const T* b, std::ptrdiff_t ldb, std::ptrdiff_t count,
+                      std::ptrdiff_t depth, T* packed);
+  void (*column)(const T* a, std::ptrdiff_t rows, const T* x, T* y,
+                 std::ptrdiff_t depth);
+  std::ptrdiff_t tileRows, tileColumns, narrowColumns;
+  // Depth of a packed panel pair: a tile's panel of b stays in the level-1
+  // cache while the row tiles pass over it.
+  std::ptrdiff_t depthBlock;
+  // Rows of a packed at once (a multiple of tileRows): the packed block of
+  // a stays in the level-2 cache while every column tile passes over it.
+  std::ptrdiff_t rowBlock;
+  // Columns of b packed at once (a multiple of tileColumns).
+  std::ptrdiff_t columnBlock;
+};
+
+// Largest tileRows * narrowColumns of any kernel, for the edge scratch tile.
+constexpr std::ptrdiff_t kScratchElements = 32 * 4;
+
+// A product whose a has at most this many row tiles reads b in place
+// instead of packing it: each panel of b would serve too few tiles to pay
+// for its packing.
+constexpr std::ptrdiff_t kFewRowTiles = 4;
+
+// Products with fewer columns than this run column by column as
+// matrix x vector products: a register tile would mostly hold padding.
+constexpr std::ptrdiff_t kFewColumns = 4;
+
+std::ptrdiff_t roundUp(std::ptrdiff_t value, std::ptrdiff_t step) {
+  return (value + step - 1) / step * step;
+}
+
+// Packed panels start on a cache line, so every vector load of a panel
+// stays within one line. The contents are written before they are read.
+constexpr std::align_val_t kPanelAlignment{64};
+
+template <typename T>
+struct ReleasePanels {
+  void operator()(T* panels) const noexcept {
+    ::operator delete(panels, kPanelAlignment);
+  }
+};
+
+// Room for the packed panels of at least \p elements, kept per thread from
+// one product to the next: panels of this size are beyond what the
+// allocator recycles, and fresh pages on every product would cost as much
+// as packing them.
+template <typename T>
+T* panelSpace(std::ptrdiff_t elements) {
+  thread_local std::unique_ptr<T, ReleasePanels<T>> space;
+  thread_local std::ptrdiff_t capacity = 0;
+  if (capacity < elements) {
+    space.reset(static_cast<T*>(::operator new(
+        static_cast<std::size_t>(elements) * sizeof(T), kPanelAlignment)));
+    capacity = elements;
+  }
+  return space.get();
+}
+
+// A range of rows, columns or depth: first and count.
+struct Span {
+  std::ptrdiff_t first, count;
+};
+
+#if VECML_HAVE_X86_KERNELS
+namespace avx2 {
+#define VECML_TILE_TARGET VECML_TARGET_AVX2
+#include "vecml/matrix/detail/MatrixProductTile.inc"
+#undef VECML_TILE_TARGET
+}  // namespace avx2
+
+namespace avx512 {
+#define VECML_TILE_TARGET VECML_TARGET_AVX512
+#include "vecml/matrix/detail/MatrixProductTile.inc"
+#undef VECML_TILE_TARGET
+}  // namespace avx512
+#endif
+
+// A tile's panel of b: packed (ldb 0) or in place with column stride ldb.
+template <typename T>
+struct PanelOfB {
+  const T* data;
+  std::ptrdiff_t ldb;
+};
+
+// The tile of c at (i0, j0): the full register tile, or for the last rows
+// and columns of c narrow tiles that cover them, each partial one run in a
+// scratch tile so that no element outside c is touched.
+template <typename T>
+void runTile(const ProductOperands<T>& p, const TileKernel<T>& kernel,
+             const T* packedA, PanelOfB<T> b, std::ptrdiff_t i0,
+             std::ptrdiff_t j0, Span depth) {
+  const bool carry = depth.first > 0;
+  T* c = p.c + i0 + j0 * p.m;
+  const std::ptrdiff_t height = std::min(kernel.tileRows, p.m - i0);
+  const std::ptrdiff_t width = std::min(kernel.tileColumns, p.n - j0);
+  if (height == kernel.tileRows && width == kernel.tileColumns)
+    return kernel.tile(packedA, b.data, b.ldb, c, p.m, depth.count, carry);
+  for (std::ptrdiff_t q = 0; q < width; q += kernel.narrowColumns) {
+    const T* bq = b.data + (b.ldb == 0 ? q : q * b.ldb);
+    T* cq = c + q * p.m;
+    const std::ptrdiff_t part = std::min(kernel.narrowColumns, width - q);
+    if (height == kernel.tileRows && part == kernel.narrowColumns) {
+      kernel.narrowTile(packedA, bq, b.ldb, cq, p.m, depth.count, carry);
+      continue;
+    }
+    alignas(64) T scratch[kScratchElements] = {};
+    for (std::ptrdiff_t j = 0; j < part && carry; ++j)
+      std::copy(cq + j * p.m, cq + j * p.m + height,
+                scratch + j * kernel.tileRows);
+    kernel.narrowTile(packedA, bq, b.ldb, scratch, kernel.tileRows, depth.count,
+                      carry);
+    for (std::ptrdiff_t j = 0; j < part; ++j)
+      std::copy(scratch + j * kernel.tileRows,
+                scratch + j * kernel.tileRows + height, cq + j * p.m);
+  }
+}
+
+// Whether full column tiles read b in place: when few row tiles share each
+// panel, and b's column stride is not a multiple of 1 KiB (such columns
+// share few level-1 cache sets).
+template <typename T>
+bool readsBInPlace(const ProductOperands<T>& p, const TileKernel<T>& kernel) {
+  return p.m <= kFewRowTiles * kernel.tileRows &&
+         p.ldb * static_cast<std::ptrdiff_t>(sizeof(T)) % 1024 != 0;
+}
+
+template <typename T>
+void productBlocked(const ProductOperands<T>& p, const TileKernel<T>& kernel) {
+  const std::ptrdiff_t depthBlock = std::min(p.depth, kernel.depthBlock);
+  const std::ptrdiff_t rowBlock =
+      std::min(roundUp(p.m, kernel.tileRows), kernel.rowBlock);
+  const std::ptrdiff_t columnBlock =
+      std::min(roundUp(p.n, kernel.tileColumns), kernel.columnBlock);
+  const bool inPlace = readsBInPlace(p, kernel);
+  // rowBlock * sizeof(T) is a multiple of 64, so both panels are aligned.
+  T* const packedA = panelSpace<T>((rowBlock + columnBlock) * depthBlock);
+  T* const packedB = packedA + rowBlock * depthBlock;
+  for (std::ptrdiff_t jc = 0; jc < p.n; jc += columnBlock) {
+    const Span columns{jc, std::min(columnBlock, p.n - jc)};
+    // Columns below packedFrom are read in place; a partial tile's columns
+    // are always packed, padded with zeros.
+    const std::ptrdiff_t packedFrom =
+        inPlace ? columns.count - columns.count % kernel.tileColumns : 0;
+    for (std::ptrdiff_t pc = 0; pc < p.depth; pc += depthBlock) {
+      const Span depth{pc, std::min(depthBlock, p.depth - pc)};
+      const T* b = p.b + depth.first + columns.first * p.ldb;
+      kernel.packColumns(b + packedFrom * p.ldb, p.ldb,
+                         columns.count - packedFrom, depth.count,
+                         packedB + packedFrom * depth.count);
+      for (std::ptrdiff_t ic = 0; ic < p.m; ic += rowBlock) {
+        const Span rows{ic, std::min(rowBlock, p.m - ic)};
+        kernel.packRows(p.a + rows.first + depth.first * p.m, p.m, rows.count,
+                        depth.count, packedA);
+        for (std::ptrdiff_t jr = 0; jr < columns.count;
+             jr += kernel.tileColumns) {
+          const PanelOfB<T> panel =
+              jr < packedFrom ? PanelOfB<T>{b + jr * p.ldb, p.ldb}
+                              : PanelOfB<T>{packedB + jr * depth.count, 0};
+          for (std::ptrdiff_t ir = 0; ir < rows.count; ir += kernel.tileRows)
+            runTile(p, kernel, packedA + ir * depth.count, panel, ic + ir,
+                    jc + jr, depth);
+        }
+      }
+    }
+  }
+}
+
+template <typename T>
+void productFast(const ProductOperands<T>& p, const TileKernel<T>& kernel) {
+  if (p.n >= kFewColumns) return productBlocked(p, kernel);
+  for (std::ptrdiff_t j = 0; j < p.n; ++j)
+    kernel.column(p.a, p.m, p.b + j * p.ldb, p.c + j * p.m, p.depth);
+}
+
+// The plain loop: column by column, one fused step per k over all rows.
+template <typename T>
+void productByColumns(const ProductOperands<T>& p) {
+  for (std::ptrdiff_t j = 0; j < p.n; ++j) {
+    T* c = p.c + j * p.m;
+    std::fill(c, c + p.m, T(0));
+    for (std::ptrdiff_t k = 0; k < p.depth; ++k) {
+      const T bkj = p.b[k + j * p.ldb];
+      const T* ak = p.a + k * p.m;
+      for (std::ptrdiff_t i = 0; i < p.m; ++i)
+        c[i] = std::fma(ak[i], bkj, c[i]);
+    }
+  }
+}
+
+#if VECML_HAVE_X86_KERNELS
+// The kernels of each instruction set with their tile shapes and cache
+// blocks (measured on an AVX-512 processor with 32 KiB level-1 and 1 MiB
+// level-2 data caches per core). Matrix x vector products stream the matrix
+// from memory; 256-bit loads measured faster at that there, so the AVX-512
+// set uses them too.
+template <typename T>
+struct Kernels {
+  static constexpr TileKernel<T> avx2 =
+      avx2::tileKernel<Avx2Lane<T>, Avx2Lane<T>, 2, 6>(
+          256, sizeof(T) == sizeof(float) ? 256 : 128, 1020);
+  static constexpr TileKernel<T> avx512 =
+      avx512::tileKernel<Avx512Lane<T>, Avx2Lane<T>, 2, 12>(
+          sizeof(T) == sizeof(float) ? 384 : 256,
+          sizeof(T) == sizeof(float) ? 320 : 256, 1020);
+  static_assert(avx512.tileRows * avx512.narrowColumns <= kScratchElements &&
+                    avx2.tileRows * avx2.narrowColumns <= kScratchElements,
+                "edge scratch tile too small");
+};
+#endif
+
+}  // namespace
+
+template <typename T>
+void multiplyColumnMajor(const ProductOperands<T>& p, CpuLevel level) {
+  if (p.m <= 0 || p.n <= 0) return;
+  if (p.depth <= 0) {
+    std::fill(p.c, p.c + p.m * p.n, T(0));
+    return;
+  }
+#if VECML_HAVE_X86_KERNELS
+  switch (std::min(level, cpuLevel())) {
+    case CpuLevel::avx512:
+      return productFast(p, Kernels<T>::avx512);
+    case CpuLevel::avx2:
+      return productFast(p, Kernels<T>::avx2);
+    case CpuLevel::baseline:
+      break;
+  }
+#else
+  static_cast<void>(level);
+#endif
+  productByColumns(p);
+}
+
+template <typename T>
+void multiplyColumnMajor(const ProductOperands<T>& p) {
+  multiplyColumnMajor(p, cpuLevel());
+}
+
+template void multiplyColumnMajor<float>(const ProductOperands<float>&,
+                                         CpuLevel);
+template void multiplyColumnMajor<double>(const ProductOperands<double>&,
+                                          CpuLevel);
+template void multiplyColumnMajor<float>(const ProductOperands<float>&);
+template void multiplyColumnMajor<double>(const ProductOperands<double>&);
+
+}  // namespace vecml::detail
