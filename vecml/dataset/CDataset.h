@@ -295,7 +295,9 @@ class VECML_API CDataset : public CObject<T> {
   /// Writes the record gzip-compressed to \p fileName.
   /// \return false when the file cannot be opened for writing.
   bool write(const char* fileName) const;
-  /// Reads a gzip-compressed record with read(std::istream&).
+  /// Reads a gzip-compressed record with read(std::istream&). When the file
+  /// is large enough to hold the declared items' values (at up to 8x
+  /// compression), the item slots are reserved at once.
   /// \return false when the file cannot be opened; true otherwise, also
   ///         when the tag was wrong (the message is the only sign of it).
   bool read(const char* fileName);
@@ -316,6 +318,7 @@ class VECML_API CDataset : public CObject<T> {
   /// cannot be opened, a broken gzip stream (corrupt or cut-off compressed
   /// data) and any data after the record: the file holds exactly one. A file
   /// that is not gzip-compressed is read as it stands, as zlib reads it.
+  /// Item slots are reserved as in read(const char*).
   bool read(const char* fileName, std::string& error);
 
   /// Writing (any mode but IO_READ): item count, info length K, the K info

@@ -8,6 +8,8 @@
 #include <iostream>
 #include <limits>
 #include <memory>
+#include <new>
+#include <optional>
 #include <string>
 #include <typeinfo>
 #include <utility>
@@ -27,28 +29,60 @@ using vecml::detail::writeValue;
 // Items reserved before any of their data have arrived; a larger declared
 // count is reserved in doubling steps as items are read.
 constexpr std::size_t kInitialReserve = std::size_t(1) << 16;
-// Element values moved per stream read or write (256 KiB of floats).
-constexpr std::size_t kBlockFloats = std::size_t(1) << 16;
+// A file is trusted to expand by at most this factor when decompressed, to
+// reserve a declared item count up front (zlib's limit is 1032; float data
+// compress far less). Larger counts are reached by doubling as items come.
+constexpr std::uint64_t kTrustedExpansion = 8;
+// Element values moved per stream read or write (64 KiB of floats), few
+// enough to stay in the cache between the stream and the items.
+constexpr std::size_t kBlockFloats = std::size_t(1) << 14;
 // Items without elements consume no data, so nothing in a file bounds their
 // number; the trusting reader makes at most this many.
 constexpr std::size_t kMaxEmptyItems = std::size_t(1) << 16;
+// Items ahead of the one being written whose vectors are fetched into the
+// cache: objects at twice this distance, their elements at this distance.
+constexpr std::size_t kPrefetchItems = 8;
 
 const char* const kErrorPrefix = "CDataset::read(): ";
 
-// Appends `item`; when the storage is full it grows towards `declared`
-// items by doubling, so a declared count costs memory only as items come.
+// Reserves room for `declared` items, at most kInitialReserve of them.
 template <typename T>
-void appendDeclared(std::vector<CDatasetItem<T>>& list, CDatasetItem<T>&& item,
-                    std::size_t declared) {
+void reserveBeforeData(std::vector<CDatasetItem<T>>& list,
+                       std::size_t declared) {
+  list.reserve(std::min(declared, kInitialReserve));
+}
+
+// Reserves room for the `declared` items of `width` values of a record.
+// `fileBytes` is the size of the file the record comes from, 0 for a stream
+// of unknown length. All items are reserved at once only when the file can
+// hold their values at an expansion of kTrustedExpansion, so a hostile count
+// costs memory only in proportion to the file; otherwise, or when that
+// memory cannot be had, reserveBeforeData() decides.
+template <typename T>
+void reserveForRecord(std::vector<CDatasetItem<T>>& list, std::size_t declared,
+                      std::size_t width, std::uint64_t fileBytes) {
+  const std::uint64_t valueBytes = std::uint64_t(width) * sizeof(float);
+  const bool fileHoldsAll =
+      width == 0 || fileBytes / valueBytes >= declared / kTrustedExpansion;
+  if (fileBytes > 0 && fileHoldsAll) {
+    try {
+      list.reserve(declared);
+      return;
+    } catch (const std::bad_alloc&) {
+      // The reservation is only a guess; the items may still fit as they come.
+    }
+  }
+  reserveBeforeData(list, declared);
+}
+
+// Makes room for one more item; when the storage is full it grows towards
+// `declared` items by doubling, so a declared count costs memory only as
+// items come.
+template <typename T>
+void growForAppend(std::vector<CDatasetItem<T>>& list, std::size_t declared) {
   if (list.size() == list.capacity())
     list.reserve(
         std::max(list.size() + 1, std::min(declared, 2 * list.capacity())));
-  list.push_back(std::move(item));
-}
-
-template <typename T>
-void reserveDeclared(std::vector<CDatasetItem<T>>& list, std::size_t declared) {
-  list.reserve(std::min(declared, kInitialReserve));
 }
 
 // Reads up to `count` floats into the front of `values`, enlarging it only
@@ -98,81 +132,117 @@ std::unique_ptr<CDenseVector<T>> denseFrom(const float* values, int n) {
   return vector;
 }
 
-// The item a record stores as `values` (inputs, then outputs), numbered
-// `id`: two dense vectors, as if built from clones of filled buffers.
+// Appends the item a record stores as `values` (inputs, then outputs),
+// numbered `id`: two dense vectors, as if built from clones of filled
+// buffers. The item is built in place; the vectors are owned by the item
+// only once it exists.
 template <typename T>
-CDatasetItem<T> itemFrom(const float* values, int inDim, int outDim, int id) {
+void appendItemFrom(std::vector<CDatasetItem<T>>& list, const float* values,
+                    int inDim, int outDim, int id) {
   auto input = denseFrom<T>(values, inDim);
   auto output = denseFrom<T>(values + inDim, outDim);
-  CDatasetItem<T> item(input.release(), output.release());
-  item.setId(id);
-  return item;
+  list.emplace_back(input.get(), output.get());
+  input.release();
+  output.release();
+  list.back().setId(id);
 }
 
-// Reads the items of a record into `list`. \return the number read.
+// Reads the items of a record into `list`, reserving as reserveForRecord()
+// says. \return the number read.
 template <typename T>
 std::size_t readRecordItems(std::istream& in, std::size_t count, int inDim,
-                            int outDim, std::vector<CDatasetItem<T>>& list) {
-  reserveDeclared(list, count);
+                            int outDim, std::uint64_t fileBytes,
+                            std::vector<CDatasetItem<T>>& list) {
   const std::size_t width = std::size_t(inDim) + std::size_t(outDim);
+  reserveForRecord(list, count, width, fileBytes);
   return readItems(in, count, width, [&](const float* values, std::size_t i) {
-    appendDeclared(
-        list, itemFrom<T>(values, inDim, outDim, static_cast<int>(i)), count);
+    growForAppend(list, count);
+    appendItemFrom(list, values, inDim, outDim, static_cast<int>(i));
   });
+}
+
+// The exact type of dense vectors, whose storage is copied directly.
+template <typename T>
+const CDenseVector<T>* asDense(const CVector<T>& vector) {
+  return typeid(vector) == typeid(CDenseVector<T>)
+             ? static_cast<const CDenseVector<T>*>(&vector)
+             : nullptr;
+}
+
+// Asks the cache for the vector objects of `item`.
+template <typename T>
+void prefetchVectors(const CDatasetItem<T>& item) {
+  __builtin_prefetch(item.inputVector());
+  __builtin_prefetch(item.outputVector());
+}
+
+// Asks the cache for the first elements of the dense vectors of `item`.
+template <typename T>
+void prefetchElements(const CDatasetItem<T>& item) {
+  for (const CVector<T>* vector : {item.inputVector(), item.outputVector()})
+    if (const CDenseVector<T>* dense = asDense(*vector))
+      __builtin_prefetch(dense->begin());
 }
 
 // Collects element values as floats and writes them in blocks.
 class FloatBlockWriter {
  public:
-  explicit FloatBlockWriter(std::ostream& out) : out(out) {
-    block.reserve(kBlockFloats);
-  }
+  explicit FloatBlockWriter(std::ostream& out)
+      : out(out), block(kBlockFloats) {}
 
   // Appends the first `n` elements of `vector` as getElement() gives them
   // (zero beyond a shorter vector's end), copying dense storage directly.
   template <typename T>
   void put(const CVector<T>& vector, int n) {
     int i = 0;
-    if (typeid(vector) == typeid(CDenseVector<T>)) {
-      const T* values = static_cast<const CDenseVector<T>&>(vector).begin();
+    if (const CDenseVector<T>* dense = asDense(vector)) {
       const int stored = std::min(n, vector.dimension());
       while (i < stored) {
         const int step = std::min(stored - i, room());
-        std::transform(values + i, values + i + step, std::back_inserter(block),
-                       [](T value) { return static_cast<float>(value); });
+        const T* values = dense->begin() + i;
+        float* to = block.data() + used;
+        for (int k = 0; k < step; ++k) to[k] = static_cast<float>(values[k]);
+        used += std::size_t(step);
         i += step;
         flushIfFull();
       }
     }
     for (; i < n; ++i) {
-      block.push_back(static_cast<float>(vector.getElement(i)));
+      block[used++] = static_cast<float>(vector.getElement(i));
       flushIfFull();
     }
   }
 
   void flush() {
-    vecml::detail::writeElements(out, block.data(),
-                                 static_cast<int>(block.size()));
-    block.clear();
+    vecml::detail::writeElements(out, block.data(), static_cast<int>(used));
+    used = 0;
   }
 
  private:
-  int room() const { return static_cast<int>(kBlockFloats - block.size()); }
+  int room() const { return static_cast<int>(kBlockFloats - used); }
   void flushIfFull() {
-    if (block.size() == kBlockFloats) flush();
+    if (used == kBlockFloats) flush();
   }
 
   std::ostream& out;
   std::vector<float> block;
+  std::size_t used = 0;
 };
 
+// Writes the values of every item. The items' vectors live anywhere on the
+// heap, so the loop fetches those of later items into the cache while it
+// copies the current one.
 template <typename T>
 void writeItems(std::ostream& out, const std::vector<CDatasetItem<T>>& list,
                 int inDim, int outDim) {
   FloatBlockWriter writer(out);
-  for (const CDatasetItem<T>& item : list) {
-    writer.put(*item.inputVector(), inDim);
-    writer.put(*item.outputVector(), outDim);
+  const std::size_t count = list.size();
+  for (std::size_t k = 0; k < count; ++k) {
+    if (k + 2 * kPrefetchItems < count)
+      prefetchVectors(list[k + 2 * kPrefetchItems]);
+    if (k + kPrefetchItems < count) prefetchElements(list[k + kPrefetchItems]);
+    writer.put(*list[k].inputVector(), inDim);
+    writer.put(*list[k].outputVector(), outDim);
   }
   writer.flush();
 }
@@ -210,6 +280,46 @@ bool tagMatches(std::istream& in, std::int32_t length, const std::string& tag) {
   if (end == std::string::npos || head.compare(0, end, tag) != 0) return false;
   in.ignore(std::streamsize(length) - std::streamsize(head.size()));
   return true;
+}
+
+// Reads a record trusting its input (see CDataset::read(std::istream&))
+// into the given parts of a dataset, which are left alone when the tag does
+// not match. `fileBytes` sizes the reservation (see reserveForRecord()).
+template <typename T>
+bool readTrustedRecord(std::istream& in, const std::string& expectedTag,
+                       std::uint64_t fileBytes,
+                       std::vector<CDatasetItem<T>>& items, int& growSize,
+                       std::string& info) {
+  std::int32_t tagLength = 0;
+  readValue(in, tagLength);
+  if (!tagMatches(in, tagLength, expectedTag)) {
+    std::cerr << "Wrong file type!" << std::endl;
+    return false;
+  }
+  std::int32_t count = 0, inDim = 0, outDim = 0, infoLength = 0;
+  readValue(in, count);
+  readValue(in, growSize);
+  readValue(in, inDim);
+  readValue(in, outDim);
+  readValue(in, infoLength);
+  info = readText(in, infoLength);
+
+  inDim = std::max(inDim, 0);
+  outDim = std::max(outDim, 0);
+  std::size_t declared = std::size_t(std::max(count, 0));
+  if (inDim == 0 && outDim == 0) declared = std::min(declared, kMaxEmptyItems);
+  items.clear();
+  readRecordItems(in, declared, inDim, outDim, fileBytes, items);
+  return true;
+}
+
+// The size of the file `fileName` when it can be opened, otherwise nullopt;
+// 0 when its size cannot be told (a pipe, for instance).
+std::optional<std::uint64_t> openableFileSize(const char* fileName) {
+  std::ifstream file(fileName, std::ios::binary | std::ios::ate);
+  if (!file.is_open()) return std::nullopt;
+  const std::streamoff end = file.tellg();
+  return std::uint64_t(std::max<std::streamoff>(end, 0));
 }
 
 // --- Validating reader ---------------------------------------------------
@@ -281,6 +391,7 @@ struct CheckedReader {
 // Reads and checks one record into the given parts of a fresh dataset.
 template <typename T>
 bool readCheckedRecord(std::istream& in, const std::string& expectedTag,
+                       std::uint64_t fileBytes,
                        std::vector<CDatasetItem<T>>& items, int& growSize,
                        std::string& info, std::string& reason) {
   CheckedReader reader{in, reason};
@@ -293,7 +404,7 @@ bool readCheckedRecord(std::istream& in, const std::string& expectedTag,
     return false;
   growSize = grow;
   const std::size_t read =
-      readRecordItems(in, std::size_t(count), inDim, outDim, items);
+      readRecordItems(in, std::size_t(count), inDim, outDim, fileBytes, items);
   return read == std::size_t(count) ||
          reader.fail("dataset file truncated in item " + std::to_string(read) +
                      " of " + std::to_string(count));
@@ -332,34 +443,14 @@ bool CDataset<T>::write(std::ostream& out) const {
 
 template <typename T>
 bool CDataset<T>::read(std::istream& in) {
-  std::int32_t tagLength = 0;
-  readValue(in, tagLength);
-  if (!tagMatches(in, tagLength, typeTag)) {
-    std::cerr << "Wrong file type!" << std::endl;
-    return false;
-  }
-  std::int32_t count = 0, inDim = 0, outDim = 0, infoLength = 0;
-  readValue(in, count);
-  readValue(in, growBy);
-  readValue(in, inDim);
-  readValue(in, outDim);
-  readValue(in, infoLength);
-  infoText = readText(in, infoLength);
-
-  inDim = std::max(inDim, 0);
-  outDim = std::max(outDim, 0);
-  std::size_t declared = std::size_t(std::max(count, 0));
-  if (inDim == 0 && outDim == 0) declared = std::min(declared, kMaxEmptyItems);
-  itemList.clear();
-  readRecordItems(in, declared, inDim, outDim, itemList);
-  return true;
+  return readTrustedRecord(in, typeTag, 0, itemList, growBy, infoText);
 }
 
 template <typename T>
 bool CDataset<T>::read(std::istream& in, std::string& error) {
   CDataset<T> loaded(0, growBy);
   std::string reason;
-  if (!readCheckedRecord(in, typeTag, loaded.itemList, loaded.growBy,
+  if (!readCheckedRecord(in, typeTag, 0, loaded.itemList, loaded.growBy,
                          loaded.infoText, reason)) {
     error = kErrorPrefix + reason;
     return false;
@@ -380,12 +471,17 @@ bool CDataset<T>::write(const char* fileName) const {
   return true;
 }
 
+// The file-name readers learn the file's size while checking that it opens;
+// it lets them reserve a declared item count at once (see reserveForRecord()).
+
 template <typename T>
 bool CDataset<T>::read(const char* fileName) {
-  if (fileName == nullptr || !std::ifstream(fileName).is_open()) return false;
+  if (fileName == nullptr) return false;
+  const std::optional<std::uint64_t> fileBytes = openableFileSize(fileName);
+  if (!fileBytes) return false;
   igzstream in(fileName, std::ios::in);
   if (!in.good()) return false;
-  read(in);
+  readTrustedRecord(in, typeTag, *fileBytes, itemList, growBy, infoText);
   in.close();
   return true;
 }
@@ -400,14 +496,15 @@ bool CDataset<T>::read(const char* fileName, std::string& error) {
     error = kErrorPrefix + reason + "; file: " + fileName;
     return false;
   };
-  if (!std::ifstream(fileName).is_open()) return failWith("cannot open file");
+  const std::optional<std::uint64_t> fileBytes = openableFileSize(fileName);
+  if (!fileBytes) return failWith("cannot open file");
   igzstream in(fileName, std::ios::in);
   if (!in.good()) return failWith("cannot open file as a gzip stream");
 
   CDataset<T> loaded(0, growBy);
   std::string reason;
-  if (!readCheckedRecord(in, typeTag, loaded.itemList, loaded.growBy,
-                         loaded.infoText, reason)) {
+  if (!readCheckedRecord(in, typeTag, *fileBytes, loaded.itemList,
+                         loaded.growBy, loaded.infoText, reason)) {
     // A broken compressed stream makes the record look damaged, mostly cut
     // short, so it is named instead when zlib finds one.
     return failWith(gzipStreamIntact(fileName)
@@ -448,7 +545,7 @@ bool CDataset<T>::serialize(std::fstream& stream, IO_MODE mode) {
   }
   std::int32_t count = 0, infoLength = 0;
   readValue(stream, count);
-  reserveDeclared(itemList, std::size_t(std::max(count, 0)));
+  reserveBeforeData(itemList, std::size_t(std::max(count, 0)));
   readValue(stream, infoLength);
   infoText = readText(stream, infoLength);
   for (std::int32_t j = 0; j < infoLength; ++j) {
@@ -469,9 +566,10 @@ bool CDataset<T>::serialize2(CArchiv& archive) {
     itemList.clear();
     unsigned int count = 0;
     archive.read(count);
-    reserveDeclared(itemList, count);
+    reserveBeforeData(itemList, count);
     for (unsigned int k = 0; k < count; ++k) {
-      appendDeclared(itemList, CDatasetItem<T>(), count);
+      growForAppend(itemList, count);
+      itemList.emplace_back();
       archive.read(itemList.back());
     }
     return true;
