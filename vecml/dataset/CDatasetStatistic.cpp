@@ -6,12 +6,13 @@
 #include <cstdio>
 #include <iostream>
 #include <memory>
-#include <numeric>
 #include <vector>
 
 #include "vecml/core/Macros.h"
 #include "vecml/core/detail/Arithmetic.h"
 #include "vecml/dataset/CDatasetItem.h"
+#include "vecml/dataset/detail/DatasetInputs.h"
+#include "vecml/dataset/detail/PackedTriangle.h"
 
 namespace {
 
@@ -26,26 +27,13 @@ const CDataset<T>& orEmpty(const CDataset<T>* data) {
 // Clamps an item count asked for by the caller to the items there are.
 int clampCount(int count, int items) { return std::clamp(count, 0, items); }
 
-// Copies the first `d` elements of `v` to `out`: one block copy from a dense
-// vector that has them all, otherwise element by element through the checked
-// operator[], so that a shorter vector aborts with its index report instead
-// of being read past its end.
-template <typename T>
-void gather(const CVector<T>& v, int d, T* out) {
-  const auto* dense = dynamic_cast<const CDenseVector<T>*>(&v);
-  if (dense != nullptr && dense->dimension() >= d) {
-    std::copy_n(dense->_data(), d, out);
-    return;
-  }
-  for (int i = 0; i < d; ++i) out[i] = v[i];
-}
+using vecml::detail::DatasetInputs;
 
-// out[i] = x[i] - centre[i] in T for the first `d` inputs of `item`.
+// out[i] = x[i] - centre[i] in T for the first `d` elements.
 template <typename T>
-void gatherCentred(const CDatasetItem<T>& item, const CDenseVector<T>& centre,
-                   int d, T* out) {
-  gather(*item.inputVector(), d, out);
-  for (int i = 0; i < d; ++i) out[i] -= centre[i];
+void centreInput(const T* x, const CDenseVector<T>& centre, int d, T* out) {
+  const T* m = centre._data();
+  for (int i = 0; i < d; ++i) out[i] = x[i] - m[i];
 }
 
 template <typename T>
@@ -67,88 +55,93 @@ template <typename T, typename Counts>
 CDenseVector<T> runningMean(const CDataset<T>& data, Counts counts) {
   const int d = data.inputDimension();
   CDenseVector<T> mean(d);
-  std::vector<T> x(d);
+  DatasetInputs<T> inputs(data, d);
+  T* m = mean._data();
   T k = 0;
   for (int n = 0; n < data.items(); ++n) {
     if (!counts(data.item(n))) continue;
     k += T(1);
     const T keep = static_cast<T>(1.0 - 1.0 / static_cast<double>(k));
     const T step = T(1) / k;
-    gather(*data.item(n).inputVector(), d, x.data());
-    T* m = mean._data();
+    const T* x = inputs(n);
     for (int i = 0; i < d; ++i) m[i] = m[i] * keep + x[i] * step;
   }
   return mean;
 }
 
-// Copies the lower triangle of the square matrix `m` onto its upper one.
-template <typename T>
-void mirrorLowerTriangle(CMatrix<T>& m) {
-  const int d = m.rows();
-  T* a = m._data();
-  for (int j = 0; j < d; ++j)
-    for (int i = j + 1; i < d; ++i) a[j + i * d] = a[i + j * d];
-}
-
-// Running covariance of the items `counts` accepts around `mean`. Both
-// products c[i] * c[j] and c[j] * c[i] are the same T value and every
-// element runs through the same updates, so the matrix stays exactly
-// symmetric: only the lower triangle is computed, column by column over
-// one contiguous buffer of centred inputs, and then mirrored.
+// Running covariance of the items `counts` accepts around `mean`, on the
+// packed lower triangle (see PackedTriangle.h for why that is exact).
 template <typename T, typename Counts>
 CMatrix<T> runningCovariance(const CDataset<T>& data,
                              const CDenseVector<T>& mean, Counts counts) {
   const int d = data.inputDimension();
-  CMatrix<T> covariance(d, d);
-  std::vector<T> c(d);
-  T* cov = covariance._data();
+  vecml::detail::PackedTriangle<T> covariance(d);
+  DatasetInputs<T> inputs(data, d);
   T k = 0;
   for (int n = 0; n < data.items(); ++n) {
     if (!counts(data.item(n))) continue;
     k += T(1);
-    const double keep = 1.0 - 1.0 / static_cast<double>(k);
-    const double step = 1.0 / static_cast<double>(k);
-    gatherCentred(data.item(n), mean, d, c.data());
-    for (int j = 0; j < d; ++j) {
-      const T cj = c[j];
-      T* column = cov + static_cast<std::ptrdiff_t>(j) * d;
-      for (int i = j; i < d; ++i)
-        column[i] = static_cast<T>(static_cast<double>(column[i]) * keep +
-                                   static_cast<double>(c[i] * cj) * step);
-    }
+    centreInput(inputs(n), mean, d, covariance.item());
+    covariance.addRunningAverage(1.0 - 1.0 / static_cast<double>(k),
+                                 1.0 / static_cast<double>(k));
   }
-  mirrorLowerTriangle(covariance);
-  return covariance;
+  return covariance.toMatrix();
 }
 
-// Element-wise extreme of all inputs, starting from the first item's input.
-template <typename T, typename Pick>
-CDenseVector<T> extremes(const CDataset<T>& data, Pick pick) {
-  if (data.items() == 0) return CDenseVector<T>();
-  CDenseVector<T> result(*data.item(0).inputVector());
-  const int d = result.dimension();
-  std::vector<T> x(d);
-  T* r = result._data();
-  for (int n = 0; n < data.items(); ++n) {
-    gather(*data.item(n).inputVector(), d, x.data());
-    for (int i = 0; i < d; ++i) r[i] = pick(r[i], x[i]);
+// Element-wise minimum and maximum of inputs, starting from the first
+// item's input and combining inputs into it with std::min / std::max (the
+// first item is combined again, which changes nothing).
+template <typename T>
+struct Extremes {
+  explicit Extremes(const CDataset<T>& data)
+      : minimum(data.items() == 0
+                    ? CDenseVector<T>()
+                    : CDenseVector<T>(*data.item(0).inputVector())),
+        maximum(minimum) {}
+
+  // requires: x holds minimum.dimension() elements.
+  void include(const T* x) {
+    T* low = minimum._data();
+    T* high = maximum._data();
+    for (int i = 0; i < minimum.dimension(); ++i) {
+      low[i] = std::min(low[i], x[i]);
+      high[i] = std::max(high[i], x[i]);
+    }
   }
+
+  CDenseVector<T> minimum;
+  CDenseVector<T> maximum;
+};
+
+// Both extremes of all inputs in one pass.
+template <typename T>
+Extremes<T> extremes(const CDataset<T>& data) {
+  Extremes<T> result(data);
+  DatasetInputs<T> inputs(data, result.minimum.dimension());
+  for (int n = 0; n < data.items(); ++n) result.include(inputs(n));
   return result;
 }
 
+// Ignores the inputs a pass shows it.
+template <typename T>
+void ignore(const T*) {}
+
 // Sums the first `d` input elements of the items `counts` accepts into
-// `sum` (in item order, in T). \return the number of those items.
-template <typename T, typename Counts>
+// `sum` (in item order, in T), showing each of those inputs to `visit`.
+// \return the number of those items.
+template <typename T, typename Counts, typename Visit>
 int sumInputs(const CDataset<T>& data, int d, Counts counts,
-              CDenseVector<T>& sum) {
+              CDenseVector<T>& sum, Visit visit) {
   sum.zeros();
-  std::vector<T> x(d);
+  DatasetInputs<T> inputs(data, d);
+  T* s = sum._data();
   int k = 0;
   for (int n = 0; n < data.items(); ++n) {
     if (!counts(data.item(n))) continue;
     ++k;
-    gather(*data.item(n).inputVector(), d, x.data());
-    for (int i = 0; i < d; ++i) sum._data()[i] += x[i];
+    const T* x = inputs(n);
+    visit(x);
+    for (int i = 0; i < d; ++i) s[i] += x[i];
   }
   return k;
 }
@@ -159,11 +152,16 @@ void sumSquaredDeviations(const CDataset<T>& data, const CDenseVector<T>& mean,
                           Counts counts, CDenseVector<T>& sum) {
   const int d = mean.dimension();
   sum.zeros();
-  std::vector<T> c(d);
+  DatasetInputs<T> inputs(data, d);
+  const T* m = mean._data();
+  T* s = sum._data();
   for (int n = 0; n < data.items(); ++n) {
     if (!counts(data.item(n))) continue;
-    gatherCentred(data.item(n), mean, d, c.data());
-    for (int i = 0; i < d; ++i) sum._data()[i] += c[i] * c[i];
+    const T* x = inputs(n);
+    for (int i = 0; i < d; ++i) {
+      const T deviation = x[i] - m[i];
+      s[i] += deviation * deviation;
+    }
   }
 }
 
@@ -171,6 +169,24 @@ template <typename T>
 void takeSquareRoots(const CDenseVector<T>& variance, CDenseVector<T>& stdDev) {
   for (int i = 0; i < variance.dimension(); ++i)
     stdDev[i] = std::sqrt(variance[i]);
+}
+
+// The three-vector statistic over all items of `data`: mean, sample
+// variance and its square root, showing every input to `visit` on the way.
+template <typename T, typename Visit>
+void sampleStatistic(const CDataset<T>& data, int d, CDenseVector<T>& mean,
+                     CDenseVector<T>& stdDev, CDenseVector<T>& variance,
+                     Visit visit) {
+  mean.resize(d);
+  stdDev.resize(d);
+  variance.resize(d);
+  const int n = sumInputs(data, d, everyItem<T>, mean, visit);
+  mean /= static_cast<T>(n);
+  sumSquaredDeviations(data, mean, everyItem<T>, variance);
+  const double factor = 1.0 / static_cast<double>(n - 1);
+  for (int i = 0; i < d; ++i)
+    variance[i] = static_cast<T>(static_cast<double>(variance[i]) * factor);
+  takeSquareRoots(variance, stdDev);
 }
 
 // Whether the entry keyed `a` (its insertion number) with distance `da`
@@ -189,14 +205,24 @@ bool rankedBefore(T da, std::size_t a, T db, std::size_t b) {
   return a > b;
 }
 
-// The entry numbers 0 .. distances.size() - 1 in ranked order.
+// The entry numbers 0 .. distances.size() - 1 in ranked order. The sort
+// moves each distance along with its number, so that comparisons read
+// neighbouring memory instead of looking distances up all over the list.
 template <typename T>
 std::vector<std::size_t> rankOrder(const std::vector<T>& distances) {
-  std::vector<std::size_t> order(distances.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    return rankedBefore(distances[a], a, distances[b], b);
+  struct Entry {
+    T distance;
+    std::size_t number;
+  };
+  std::vector<Entry> entries(distances.size());
+  for (std::size_t number = 0; number < entries.size(); ++number)
+    entries[number] = {distances[number], number};
+  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+    return rankedBefore(a.distance, a.number, b.distance, b.number);
   });
+  std::vector<std::size_t> order(entries.size());
+  for (std::size_t position = 0; position < order.size(); ++position)
+    order[position] = entries[position].number;
   return order;
 }
 
@@ -376,32 +402,21 @@ CDenseVector<T> CDatasetStatistic<T>::mean(const CDataset<T>& data,
 
 template <typename T>
 CDenseVector<T> CDatasetStatistic<T>::maxElements() const {
-  return extremes(orEmpty(dataset), [](T a, T b) { return std::max(a, b); });
+  return extremes(orEmpty(dataset)).maximum;
 }
 
 template <typename T>
 CDenseVector<T> CDatasetStatistic<T>::minElements() const {
-  return extremes(orEmpty(dataset), [](T a, T b) { return std::min(a, b); });
+  return extremes(orEmpty(dataset)).minimum;
 }
 
 template <typename T>
 void CDatasetStatistic<T>::statistic(CDenseVector<T>& mean,
                                      CDenseVector<T>& stdDev,
                                      CDenseVector<T>& variance) const {
-  const CDataset<T>& data = orEmpty(dataset);
-  const int d = inputDimension();
-  mean.resize(d);
-  stdDev.resize(d);
-  variance.resize(d);
-  const int n = sumInputs(data, d, everyItem<T>, mean);
-  mean /= static_cast<T>(n);
-  sumSquaredDeviations(data, mean, everyItem<T>, variance);
-  const double factor = 1.0 / static_cast<double>(n - 1);
-  for (int i = 0; i < d; ++i)
-    variance[i] = static_cast<T>(static_cast<double>(variance[i]) * factor);
-  takeSquareRoots(variance, stdDev);
+  sampleStatistic(orEmpty(dataset), inputDimension(), mean, stdDev, variance,
+                  ignore<T>);
 }
-
 template <typename T>
 void CDatasetStatistic<T>::statistic(const CDenseVector<T>& output,
                                      CDenseVector<T>& mean,
@@ -415,7 +430,7 @@ void CDatasetStatistic<T>::statistic(const CDenseVector<T>& output,
   mean.resize(d);
   stdDev.resize(d);
   variance.resize(d);
-  const T k = static_cast<T>(sumInputs(data, d, inClass, mean));
+  const T k = static_cast<T>(sumInputs(data, d, inClass, mean, ignore<T>));
   mean /= k;
   sumSquaredDeviations(data, mean, inClass, variance);
   variance *= T(1) / k;
@@ -425,12 +440,15 @@ void CDatasetStatistic<T>::statistic(const CDenseVector<T>& output,
 template <typename T>
 void CDatasetStatistic<T>::dumpStatistic() const {
   const CDataset<T>& data = orEmpty(dataset);
-  const CDenseVector<T> minimum = minElements();
-  const CDenseVector<T> maximum = maxElements();
+  // The extremes are gathered during the statistic's first pass.
+  Extremes<T> range(data);
   CDenseVector<T> average;
   CDenseVector<T> deviation;
   CDenseVector<T> variance;
-  statistic(average, deviation, variance);
+  sampleStatistic(data, inputDimension(), average, deviation, variance,
+                  [&range](const T* x) { range.include(x); });
+  const CDenseVector<T>& minimum = range.minimum;
+  const CDenseVector<T>& maximum = range.maximum;
   std::printf("\n\n");
   std::printf(" Items      : %d\n", data.items());
   std::printf(" Input dim. : %d\n", inputDimension());
@@ -465,23 +483,18 @@ CMatrix<T> CDatasetStatistic<T>::covarianceMatrix(const CDataset<T>& data,
 }
 
 // The products x[i] * x[j] and x[j] * x[i] are equal, so as for the
-// covariance only the lower triangle is summed and then mirrored.
+// covariance only the lower triangle is summed.
 template <typename T>
 CMatrix<T> CDatasetStatistic<T>::getAutoCorrelation() const {
   const CDataset<T>& data = orEmpty(dataset);
   const int d = inputDimension();
-  CMatrix<T> correlation(d, d);
-  std::vector<T> x(d);
-  T* r = correlation._data();
+  vecml::detail::PackedTriangle<T> sums(d);
+  DatasetInputs<T> inputs(data, d);
   for (int n = 0; n < data.items(); ++n) {
-    gather(*data.item(n).inputVector(), d, x.data());
-    for (int j = 0; j < d; ++j) {
-      const T xj = x[j];
-      T* column = r + static_cast<std::ptrdiff_t>(j) * d;
-      for (int i = j; i < d; ++i) column[i] += x[i] * xj;
-    }
+    std::copy_n(inputs(n), d, sums.item());
+    sums.addProducts();
   }
-  mirrorLowerTriangle(correlation);
+  CMatrix<T> correlation = sums.toMatrix();
   correlation /= static_cast<T>(data.items());
   return correlation;
 }
@@ -544,12 +557,13 @@ CMatrix<T> CDatasetStatistic<T>::getSW() const {
   const int d = inputDimension();
   // The matrix zero-fills whatever its flag says.
   CMatrix<T> scatter(d, d, false);
+  DatasetInputs<T> inputs(data, d);
   std::vector<T> c(d);
   for (std::size_t k = 0; k < classes.outputs.size(); ++k) {
     const CMatrix<T> classScatter(d, d, true);
     for (int n = 0; n < data.items(); ++n) {
       if (!(*data.item(n).outputVector() == classes.outputs[k])) continue;
-      gatherCentred(data.item(n), classes.means[k], d, c.data());
+      centreInput(inputs(n), classes.means[k], d, c.data());
       addFusedOuterProduct(scatter, c.data());
     }
     // Adds the untouched per-class matrix: no effect on the values.

@@ -1,0 +1,81 @@
+// Sequential reads of the input vectors of a dataset's items as plain
+// element arrays, for walks that visit every item once.
+#ifndef VECML_DATASET_DETAIL_DATASETINPUTS_H
+#define VECML_DATASET_DETAIL_DATASETINPUTS_H
+
+#include <algorithm>
+#include <cstdint>
+#include <typeinfo>
+#include <vector>
+
+#include "vecml/dataset/CDataset.h"
+#include "vecml/dataset/CDatasetItem.h"
+#include "vecml/vector/CDenseVector.h"
+
+namespace vecml::detail {
+
+/// The first d input elements of item after item of a dataset: straight
+/// from the storage of a dense input that has them all, otherwise copied
+/// element by element through the checked operator[], so that a shorter
+/// input aborts with its index report instead of being read past its end.
+/// Dense means exactly CDenseVector<T> (a pointer comparison of the type,
+/// cheaper per item than a dynamic_cast); other vectors, derived ones
+/// included, take the element-wise copy, which gives the same values.
+///
+/// Every item's input lives in its own heap blocks (the vector object, then
+/// its elements) that hardware prefetchers cannot foresee, and the walks
+/// over them do little work per element. So each read also asks for the
+/// vector object 2 * kAhead items ahead and for the elements of the input
+/// kAhead items ahead, whose object the earlier request brought in.
+template <typename T>
+class DatasetInputs {
+ public:
+  /// requires: \p data outlives this object and keeps its items.
+  DatasetInputs(const CDataset<T>& data, int d)
+      : data(data), d(d), copy(static_cast<std::size_t>(std::max(d, 0))) {}
+
+  /// The first d input elements of item \p n, valid until the next call.
+  /// requires: 0 <= n < items() (checked by the dataset).
+  const T* operator()(int n) {
+    prefetch(n);
+    const CVector<T>& input = *data.item(n).inputVector();
+    if (const T* elements = denseElements(input)) return elements;
+    for (int i = 0; i < d; ++i) copy[i] = input[i];
+    return copy.data();
+  }
+
+ private:
+  static constexpr int kAhead = 8;
+  // Cache lines asked for per input: beyond a few lines the hardware
+  // prefetchers follow the elements themselves.
+  static constexpr int kLines = 8;
+
+  const T* denseElements(const CVector<T>& v) const {
+    if (typeid(v) != typeid(CDenseVector<T>)) return nullptr;
+    const auto& dense = static_cast<const CDenseVector<T>&>(v);
+    return dense.dimension() >= d ? dense._data() : nullptr;
+  }
+
+  void prefetch(int n) const {
+    const int items = data.items();
+    if (n < items - 2 * kAhead)
+      __builtin_prefetch(data.item(n + 2 * kAhead).inputVector());
+    if (n < items - kAhead) {
+      const T* elements = denseElements(*data.item(n + kAhead).inputVector());
+      if (elements == nullptr) return;
+      const auto* bytes = reinterpret_cast<const char*>(elements);
+      const std::intptr_t size = static_cast<std::intptr_t>(d) * sizeof(T);
+      for (std::intptr_t offset = 0;
+           offset < std::min<std::intptr_t>(size, kLines * 64); offset += 64)
+        __builtin_prefetch(bytes + offset);
+    }
+  }
+
+  const CDataset<T>& data;
+  int d;
+  std::vector<T> copy;
+};
+
+}  // namespace vecml::detail
+
+#endif
