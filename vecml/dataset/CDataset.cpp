@@ -6,11 +6,14 @@
 #include <cstdlib>
 #include <ctime>
 #include <memory>
+#include <typeinfo>
 #include <utility>
 
 #include "vecml/core/Macros.h"
+#include "vecml/core/detail/Arithmetic.h"
 #include "vecml/dataset/detail/IntroSort.h"
 #include "vecml/vector/CDenseVector.h"
+#include "vecml/vector/detail/DenseDistanceBlock.h"
 
 namespace {
 
@@ -235,6 +238,101 @@ void CDataset<T>::sortdata(bool (*less)(CDatasetItem<T>, CDatasetItem<T>)) {
 
 // --- Best-match searches ---------------------------------------------------
 
+namespace {
+
+// The vector as a CDenseVector<T> when that is exactly its class (a
+// subclass may measure differently), otherwise null.
+template <typename T>
+const CDenseVector<T>* exactlyDense(const CVector<T>& vector) {
+  if (typeid(vector) != typeid(CDenseVector<T>)) return nullptr;
+  return static_cast<const CDenseVector<T>*>(&vector);
+}
+
+// Result of a search so far. Only a strictly smaller distance replaces the
+// best one: ties keep the earlier item, a NaN distance is never taken, and
+// after a NaN start nothing is.
+template <typename T>
+struct RunningBest {
+  T distance;
+  int index;
+
+  void offer(T candidate, int candidateIndex) {
+    if (distance > candidate) {
+      distance = candidate;
+      index = candidateIndex;
+    }
+  }
+};
+
+// Measures items for a Euclidean metric (rooted or squared) and a dense
+// query without the metric's virtual calls: dense items of the query's
+// dimension are queued and measured a block at a time by the block kernel,
+// which gives each distance the bits of the metric's own. Offers reach the
+// running best in item order.
+template <typename T>
+class EuclideanBlocks {
+ public:
+  EuclideanBlocks(const CVector<T>& query, const CMetric<T>& metric,
+                  RunningBest<T>& best)
+      : best(best) {
+    const std::type_info& measure = typeid(metric);
+    rooted = measure == typeid(CEuclideanMetric<T>);
+    if (rooted || measure == typeid(CEuclideanMetric2<T>))
+      this->query = exactlyDense(query);
+    if (this->query != nullptr) {
+      kernel = vecml::detail::denseDistanceKernel<T>();
+      dimension = denseDimension(*this->query);
+    }
+  }
+
+  /// Queues item \p index, whose searched vector is \p vector, when the
+  /// blocks can measure it; otherwise measures what is queued and returns
+  /// false, so that the caller measures the item itself, after the queued
+  /// ones.
+  bool take(const CVector<T>& vector, int index) {
+    if (query == nullptr) return false;
+    const CDenseVector<T>* dense = exactlyDense(vector);
+    if (dense == nullptr || denseDimension(*dense) != dimension) {
+      flush();
+      return false;
+    }
+    rows[pending] = dense->_data();
+    indices[pending] = index;
+    if (++pending == kernel.blockSize) flush();
+    return true;
+  }
+
+  /// Measures the queued items and offers them in order.
+  void flush() {
+    if (pending == 0) return;
+    // Unused rows of a partial block read the query, which is in bounds.
+    std::fill(rows + pending, rows + kernel.blockSize, query->_data());
+    kernel.compute(rows, query->_data(), dimension, sums);
+    for (int k = 0; k < pending; ++k)
+      best.offer(rooted ? vecml::detail::squareRoot(sums[k]) : sums[k],
+                 indices[k]);
+    pending = 0;
+  }
+
+ private:
+  // Qualified call: the class is known, so skip the virtual lookup.
+  static int denseDimension(const CDenseVector<T>& vector) {
+    return vector.CDenseVector<T>::dimension();
+  }
+
+  RunningBest<T>& best;
+  const CDenseVector<T>* query = nullptr;
+  bool rooted = false;
+  int dimension = 0;
+  vecml::detail::DenseDistanceKernel<T> kernel{};
+  int pending = 0;
+  const T* rows[vecml::detail::kMaxDistanceBlock];
+  int indices[vecml::detail::kMaxDistanceBlock];
+  T sums[vecml::detail::kMaxDistanceBlock];
+};
+
+}  // namespace
+
 template <typename T>
 void CDataset<T>::bestMatch(const CVector<T>& query, const CMetric<T>& metric,
                             bool onInputs, int from, int to, int exclude,
@@ -243,22 +341,21 @@ void CDataset<T>::bestMatch(const CVector<T>& query, const CMetric<T>& metric,
     id = -1;
     return;
   }
-  T bestDistance =
-      metric.distance(searchedVector(itemList[from], onInputs), query);
-  int bestIndex = exclude == from ? from + 1 : from;
-  id = bestIndex;
-  distance = bestDistance;
+  RunningBest<T> best{
+      metric.distance(searchedVector(itemList[from], onInputs), query),
+      exclude == from ? from + 1 : from};
+  id = best.index;
+  distance = best.distance;
+  EuclideanBlocks<T> blocks(query, metric, best);
   const int last = std::min(to, items() - 1);
   for (int i = from + 1; i <= last; ++i) {
     if (i == exclude) continue;
-    const T d = metric.distance(searchedVector(itemList[i], onInputs), query);
-    if (bestDistance > d) {
-      bestDistance = d;
-      bestIndex = i;
-    }
+    const CVector<T>& vector = searchedVector(itemList[i], onInputs);
+    if (!blocks.take(vector, i)) best.offer(metric.distance(vector, query), i);
   }
-  id = bestIndex;
-  distance = bestDistance;
+  blocks.flush();
+  id = best.index;
+  distance = best.distance;
 }
 
 template <typename T>

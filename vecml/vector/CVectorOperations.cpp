@@ -4,6 +4,7 @@
 #include <cmath>
 #include <exception>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 
 #include "vecml/core/CException.h"
@@ -26,21 +27,35 @@ class UnsupportedArgumentsException : public std::exception {
   }
 };
 
+// Converts an operand to its concrete kind. The exact class is recognised
+// by one typeid comparison, which is much cheaper than the dynamic_cast that
+// a subclass needs; a wrong kind still ends in std::bad_cast.
+template <typename Concrete, typename T>
+const Concrete& as(const CVector<T>& v) {
+  if (typeid(v) == typeid(Concrete)) return static_cast<const Concrete&>(v);
+  return dynamic_cast<const Concrete&>(v);
+}
+template <typename Concrete, typename T>
+Concrete& as(CVector<T>& v) {
+  if (typeid(v) == typeid(Concrete)) return static_cast<Concrete&>(v);
+  return dynamic_cast<Concrete&>(v);
+}
+
 template <typename T>
 const CDenseVector<T>& asDense(const CVector<T>& v) {
-  return dynamic_cast<const CDenseVector<T>&>(v);
+  return as<CDenseVector<T>>(v);
 }
 template <typename T>
 CDenseVector<T>& asDense(CVector<T>& v) {
-  return dynamic_cast<CDenseVector<T>&>(v);
+  return as<CDenseVector<T>>(v);
 }
 template <typename T>
 const CSparseVector<T>& asSparse(const CVector<T>& v) {
-  return dynamic_cast<const CSparseVector<T>&>(v);
+  return as<CSparseVector<T>>(v);
 }
 template <typename T>
 CSparseVector<T>& asSparse(CVector<T>& v) {
-  return dynamic_cast<CSparseVector<T>&>(v);
+  return as<CSparseVector<T>>(v);
 }
 
 // Element i of a dense vector, 0 outside it.
