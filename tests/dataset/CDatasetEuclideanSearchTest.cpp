@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/BitPattern.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
 #include "vecml/learning/CMetric.h"
@@ -67,15 +68,6 @@ Match<T> referenceSearch(const std::vector<std::vector<T>>& items,
     if (best.distance > distance) best = {i, distance};
   }
   return best;
-}
-
-// Bit pattern of a value, so that NaN compares and -0 differs from 0.
-template <typename T>
-auto bitsOf(T value) {
-  using Bits = std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>;
-  Bits bits;
-  std::memcpy(&bits, &value, sizeof bits);
-  return bits;
 }
 
 template <typename T>

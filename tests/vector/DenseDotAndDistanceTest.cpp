@@ -15,6 +15,7 @@
 #include <typeinfo>
 #include <vector>
 
+#include "support/BitPattern.h"
 #include "vecml/core/detail/Arithmetic.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CSparseVector.h"
@@ -83,14 +84,6 @@ std::vector<T> randomValues(int n, std::mt19937& random) {
     for (T& value : values) value = uniform(random);
   }
   return values;
-}
-
-template <typename T>
-auto bitsOf(T value) {
-  using Bits = std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>;
-  Bits bits;
-  std::memcpy(&bits, &value, sizeof bits);
-  return bits;
 }
 
 #define EXPECT_SAME_BITS(actual, expected)    \
