@@ -106,12 +106,13 @@ for title, group, size, impls, limit in targets:
     print(f"{title:32} {show_time(ours[0]):>11} {show_time(peer[0]):>11}  {name:20} {ratio:6.2f} {'<= ' + str(limit):>7}  {'yes' if ok else 'NO'}")
 
 print()
-print("other measurements (no target)")
+print("other measurements (no target; vecml time, then each peer's time and vecml / peer)")
 for name in sorted(best):
     group, impl, size = name.split("/")
     if impl == "vecml" and not any(group == t[1] and str(size) == str(t[2]) for t in targets):
-        peer = fastest_peer(group, size, ("hand", "gzread", "openblas", "eigen"))
-        extra = f"  {peer[1]} {show_time(peer[0])}  ratio {best[name][0] / peer[0]:.2f}" if peer else ""
+        # The hand loop does the same arithmetic; the libraries may reorder it.
+        peers = [fastest_peer(group, size, (impl,)) for impl in ("hand", "gzread", "openblas", "eigen")]
+        extra = "".join(f"  {p[1]} {show_time(p[0]).strip()} ({best[name][0] / p[0]:.2f}x)" for p in peers if p)
         print(f"  {name:36} {show_time(best[name][0])}{extra}")
 checked = best.get("dataset_read/vecml_checked/1000000")
 if checked and "dataset_read/gzread/1000000" in best:
