@@ -1,6 +1,7 @@
 #include "vecml/core/Macros.h"
 
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -21,24 +22,39 @@ void reportCriticalMessage(const char* file, int line, const char* message) {
 
 namespace {
 
-constexpr std::align_val_t kArrayAlignment{64};
+// Arrays are carved out of a plain array allocation one alignment step
+// longer than needed: the elements start at the first 64-byte boundary
+// past its first byte, and the byte just before them holds the distance
+// back to the allocation (16 to 64 with malloc's 16-byte alignment).
+// Unlike the aligned operator new, whose memalign path is several times
+// slower and leaves holes between small blocks, this keeps allocating a
+// dataset's many short vectors fast and their memory compact.
+constexpr std::size_t kArrayAlignment = 64;
 
 }  // namespace
 
 template <typename T>
 T* NEWARRAY(int n) {
   if (n < 0) throw std::bad_array_new_length();
-  T* array = new (kArrayAlignment, std::nothrow) T[static_cast<std::size_t>(n)];
-  if (array == nullptr) throw "Out of memory during allocation of CDenseVector";
-  std::memset(array, 0, sizeof(T) * static_cast<std::size_t>(n));
+  const std::size_t bytes = sizeof(T) * static_cast<std::size_t>(n);
+  auto* block = static_cast<unsigned char*>(
+      ::operator new[](bytes + kArrayAlignment, std::nothrow));
+  if (block == nullptr) throw "Out of memory during allocation of CDenseVector";
+  const std::size_t offset =
+      kArrayAlignment -
+      reinterpret_cast<std::uintptr_t>(block) % kArrayAlignment;
+  unsigned char* start = block + offset;
+  start[-1] = static_cast<unsigned char>(offset);
+  T* array = ::new (static_cast<void*>(start)) T[static_cast<std::size_t>(n)];
+  std::memset(array, 0, bytes);
   return array;
 }
 
-// The element types are trivially destructible, so the array new above
-// stores no element count and hands out the allocation itself.
 template <typename T>
 void DELETEARRAY(T* array) noexcept {
-  ::operator delete[](array, kArrayAlignment);
+  if (array == nullptr) return;
+  auto* start = reinterpret_cast<unsigned char*>(array);
+  ::operator delete[](start - start[-1]);
 }
 
 template int* NEWARRAY<int>(int);

@@ -63,9 +63,9 @@ template <typename A, typename B>
 /// Prints the position and \p msg to the error stream and aborts.
 #define ML_CRITICAL_MSG(msg) ML_CRITICAL_MSG_AT(msg, __FILE_NAME__, __LINE__)
 
-/// Allocates \p n elements with the aligned array form of new, on a
-/// 64-byte boundary (a cache line, so vector kernels load whole lines), and
-/// sets all their bytes to zero. Vectors and matrices own arrays made this
+/// Allocates \p n elements with the array form of new, on a 64-byte
+/// boundary (a cache line, so vector kernels load whole lines), and sets
+/// all their bytes to zero. Vectors and matrices own arrays made this
 /// way; release any other one with DELETEARRAY, never with plain delete[].
 /// \throw const char* "Out of memory during allocation of CDenseVector" when
 ///        no memory is available; std::bad_alloc (bad_array_new_length) for
@@ -73,8 +73,8 @@ template <typename A, typename B>
 template <typename T>
 VECML_API T* NEWARRAY(int n);
 
-/// Releases an array from NEWARRAY (the matching aligned array delete);
-/// null is ignored.
+/// Releases an array from NEWARRAY with the array form of delete; null is
+/// ignored.
 template <typename T>
 VECML_API void DELETEARRAY(T* array) noexcept;
 
