@@ -6,7 +6,7 @@
 #include <memory>
 #include <new>
 
-#include "vecml/matrix/detail/SimdLanes.h"
+#include "vecml/core/detail/SimdLanes.h"
 
 namespace vecml::detail {
 

@@ -9,9 +9,7 @@
 
 #include "vecml/core/detail/CpuLevel.h"
 
-#if VECML_HAVE_X86_KERNELS
-#include <immintrin.h>
-#endif
+#include "vecml/core/detail/SimdLanes.h"
 
 namespace vecml::detail {
 
@@ -62,76 +60,41 @@ void squaredDistancesBaseline(const T* const* rows, const T* query, int n,
 
 #if VECML_HAVE_X86_KERNELS
 
-#define VECML_DISTANCE_LANE_ \
-  VECML_TARGET_AVX2 __attribute__((always_inline)) static
+#define VECML_TRANSPOSE_ VECML_TARGET_AVX2 __attribute__((always_inline)) inline
 
-// One 256-bit register of float or double and the operations of the block
-// kernel, among them the transpose of kWidth registers (rows in, columns
-// out: register j then holds element j of every row).
-template <typename T>
-struct Avx2DistanceLane;
+// Transposes a square of registers (rows in, columns out: register j then
+// holds element j of every row).
+VECML_TRANSPOSE_ void transposeLanes(__m256 (&r)[8]) {
+  __m256 pairs[8];
+  for (int i = 0; i < 8; i += 2) {
+    pairs[i] = _mm256_unpacklo_ps(r[i], r[i + 1]);
+    pairs[i + 1] = _mm256_unpackhi_ps(r[i], r[i + 1]);
+  }
+  __m256 quads[8];
+  for (int h = 0; h < 8; h += 4) {
+    quads[h] = _mm256_shuffle_ps(pairs[h], pairs[h + 2], 0x44);
+    quads[h + 1] = _mm256_shuffle_ps(pairs[h], pairs[h + 2], 0xee);
+    quads[h + 2] = _mm256_shuffle_ps(pairs[h + 1], pairs[h + 3], 0x44);
+    quads[h + 3] = _mm256_shuffle_ps(pairs[h + 1], pairs[h + 3], 0xee);
+  }
+  for (int j = 0; j < 4; ++j) {
+    r[j] = _mm256_permute2f128_ps(quads[j], quads[j + 4], 0x20);
+    r[j + 4] = _mm256_permute2f128_ps(quads[j], quads[j + 4], 0x31);
+  }
+}
 
-template <>
-struct Avx2DistanceLane<float> {
-  using Vec = __m256;
-  static constexpr int kWidth = 8;
-  VECML_DISTANCE_LANE_ Vec zero() { return _mm256_setzero_ps(); }
-  VECML_DISTANCE_LANE_ Vec load(const float* p) { return _mm256_loadu_ps(p); }
-  VECML_DISTANCE_LANE_ void store(float* p, Vec v) { _mm256_storeu_ps(p, v); }
-  VECML_DISTANCE_LANE_ Vec add(Vec a, Vec b) { return _mm256_add_ps(a, b); }
-  VECML_DISTANCE_LANE_ Vec subtract(Vec a, Vec b) {
-    return _mm256_sub_ps(a, b);
-  }
-  VECML_DISTANCE_LANE_ Vec multiply(Vec a, Vec b) {
-    return _mm256_mul_ps(a, b);
-  }
-  VECML_DISTANCE_LANE_ void transpose(Vec (&r)[kWidth]) {
-    Vec pairs[8];
-    for (int i = 0; i < 8; i += 2) {
-      pairs[i] = _mm256_unpacklo_ps(r[i], r[i + 1]);
-      pairs[i + 1] = _mm256_unpackhi_ps(r[i], r[i + 1]);
-    }
-    Vec quads[8];
-    for (int h = 0; h < 8; h += 4) {
-      quads[h] = _mm256_shuffle_ps(pairs[h], pairs[h + 2], 0x44);
-      quads[h + 1] = _mm256_shuffle_ps(pairs[h], pairs[h + 2], 0xee);
-      quads[h + 2] = _mm256_shuffle_ps(pairs[h + 1], pairs[h + 3], 0x44);
-      quads[h + 3] = _mm256_shuffle_ps(pairs[h + 1], pairs[h + 3], 0xee);
-    }
-    for (int j = 0; j < 4; ++j) {
-      r[j] = _mm256_permute2f128_ps(quads[j], quads[j + 4], 0x20);
-      r[j + 4] = _mm256_permute2f128_ps(quads[j], quads[j + 4], 0x31);
-    }
-  }
-};
+VECML_TRANSPOSE_ void transposeLanes(__m256d (&r)[4]) {
+  const __m256d low01 = _mm256_unpacklo_pd(r[0], r[1]);
+  const __m256d high01 = _mm256_unpackhi_pd(r[0], r[1]);
+  const __m256d low23 = _mm256_unpacklo_pd(r[2], r[3]);
+  const __m256d high23 = _mm256_unpackhi_pd(r[2], r[3]);
+  r[0] = _mm256_permute2f128_pd(low01, low23, 0x20);
+  r[1] = _mm256_permute2f128_pd(high01, high23, 0x20);
+  r[2] = _mm256_permute2f128_pd(low01, low23, 0x31);
+  r[3] = _mm256_permute2f128_pd(high01, high23, 0x31);
+}
 
-template <>
-struct Avx2DistanceLane<double> {
-  using Vec = __m256d;
-  static constexpr int kWidth = 4;
-  VECML_DISTANCE_LANE_ Vec zero() { return _mm256_setzero_pd(); }
-  VECML_DISTANCE_LANE_ Vec load(const double* p) { return _mm256_loadu_pd(p); }
-  VECML_DISTANCE_LANE_ void store(double* p, Vec v) { _mm256_storeu_pd(p, v); }
-  VECML_DISTANCE_LANE_ Vec add(Vec a, Vec b) { return _mm256_add_pd(a, b); }
-  VECML_DISTANCE_LANE_ Vec subtract(Vec a, Vec b) {
-    return _mm256_sub_pd(a, b);
-  }
-  VECML_DISTANCE_LANE_ Vec multiply(Vec a, Vec b) {
-    return _mm256_mul_pd(a, b);
-  }
-  VECML_DISTANCE_LANE_ void transpose(Vec (&r)[kWidth]) {
-    const Vec low01 = _mm256_unpacklo_pd(r[0], r[1]);
-    const Vec high01 = _mm256_unpackhi_pd(r[0], r[1]);
-    const Vec low23 = _mm256_unpacklo_pd(r[2], r[3]);
-    const Vec high23 = _mm256_unpackhi_pd(r[2], r[3]);
-    r[0] = _mm256_permute2f128_pd(low01, low23, 0x20);
-    r[1] = _mm256_permute2f128_pd(high01, high23, 0x20);
-    r[2] = _mm256_permute2f128_pd(low01, low23, 0x31);
-    r[3] = _mm256_permute2f128_pd(high01, high23, 0x31);
-  }
-};
-
-#undef VECML_DISTANCE_LANE_
+#undef VECML_TRANSPOSE_
 
 // Independent groups of kWidth rows per block: each group's sums form one
 // chain of additions, and a few chains in flight keep the adders busy.
@@ -144,7 +107,7 @@ constexpr int kDistanceGroups = 4;
 template <typename T>
 VECML_TARGET_AVX2 __attribute__((always_inline)) inline void
 squaredDistanceGroups(const T* const* rows, const T* query, int n, T* sums) {
-  using Lane = Avx2DistanceLane<T>;
+  using Lane = Avx2Lane<T>;
   using Vec = typename Lane::Vec;
   constexpr int kWidth = Lane::kWidth;
   Vec total[kDistanceGroups];
@@ -159,7 +122,7 @@ squaredDistanceGroups(const T* const* rows, const T* query, int n, T* sums) {
             Lane::subtract(q, Lane::load(rows[group * kWidth + lane] + j));
         squares[lane] = Lane::multiply(difference, difference);
       }
-      Lane::transpose(squares);
+      transposeLanes(squares);
       for (const Vec& square : squares)
         total[group] = Lane::add(total[group], square);
     }
@@ -172,7 +135,7 @@ squaredDistanceGroups(const T* const* rows, const T* query, int n, T* sums) {
 
 template <typename T>
 constexpr int avx2DistanceBlock() {
-  return Avx2DistanceLane<T>::kWidth * kDistanceGroups;
+  return Avx2Lane<T>::kWidth * kDistanceGroups;
 }
 static_assert(avx2DistanceBlock<float>() <= kMaxDistanceBlock);
 

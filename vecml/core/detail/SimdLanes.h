@@ -1,9 +1,10 @@
-// One vector register of float or double and the few operations the matrix
-// product kernels need, for each wide instruction set. Every operation
+// One vector register of float or double and the few operations the
+// library's kernels need (matrix product, distance blocks), for each wide
+// instruction set. Every operation
 // carries its set's target attribute, so it inlines only into functions
 // compiled for that set (see vecml/core/detail/CpuLevel.h).
-#ifndef VECML_MATRIX_DETAIL_SIMDLANES_H
-#define VECML_MATRIX_DETAIL_SIMDLANES_H
+#ifndef VECML_CORE_DETAIL_SIMDLANES_H
+#define VECML_CORE_DETAIL_SIMDLANES_H
 
 #include "vecml/core/detail/CpuLevel.h"
 
@@ -31,6 +32,9 @@ struct Avx2Lane<float> {
   VECML_LANE_AVX2_ Vec fma(Vec a, Vec b, Vec c) {
     return _mm256_fmadd_ps(a, b, c);
   }
+  VECML_LANE_AVX2_ Vec add(Vec a, Vec b) { return _mm256_add_ps(a, b); }
+  VECML_LANE_AVX2_ Vec subtract(Vec a, Vec b) { return _mm256_sub_ps(a, b); }
+  VECML_LANE_AVX2_ Vec multiply(Vec a, Vec b) { return _mm256_mul_ps(a, b); }
 };
 
 template <>
@@ -45,6 +49,9 @@ struct Avx2Lane<double> {
   VECML_LANE_AVX2_ Vec fma(Vec a, Vec b, Vec c) {
     return _mm256_fmadd_pd(a, b, c);
   }
+  VECML_LANE_AVX2_ Vec add(Vec a, Vec b) { return _mm256_add_pd(a, b); }
+  VECML_LANE_AVX2_ Vec subtract(Vec a, Vec b) { return _mm256_sub_pd(a, b); }
+  VECML_LANE_AVX2_ Vec multiply(Vec a, Vec b) { return _mm256_mul_pd(a, b); }
 };
 
 template <typename T>
