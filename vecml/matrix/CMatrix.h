@@ -187,7 +187,11 @@ class VECML_API CMatrix : public CObject<T> {
                        bool append) const;
   /// Reads the first MAT record named \p variableName, printing
   /// "Read variable <name>" for every record scanned and one final line
-  /// with an empty name when the end of the file is reached.
+  /// with an empty name when the end of the file is reached. Name bytes
+  /// that are not printable ASCII, and the backslash, are printed as \xNN.
+  /// The scan ends, as at the end of the file, once the records passed over
+  /// reach beyond the file's length when it was opened: a device such as
+  /// /dev/zero gives one empty name and -3.
   /// Record sizes are taken from their low 32 bits. Data cut short by the
   /// end of the file leave the missing elements 0. A matching record with
   /// a negative row or column count, or whose elements would take more
