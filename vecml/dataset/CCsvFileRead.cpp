@@ -2,6 +2,7 @@
 // character at a time, straight from the stream's buffer: a field's text is
 // held only while it is taken, and a line's values only until its item is
 // built, so memory follows what the dataset keeps rather than line lengths.
+#include <algorithm>
 #include <climits>
 #include <cstddef>
 #include <deque>
@@ -55,51 +56,57 @@ const char* typeName() {
   return std::is_same_v<T, float> ? "float" : "double";
 }
 
-// The characters of a stream, taken straight from its buffer. A buffer
-// that throws ends the input and counts as a read error.
+// The characters of a stream, taken from its buffer a block at a time. A
+// buffer that throws ends the input and counts as a read error.
 class CharSource {
  public:
   static constexpr int kEnd = std::char_traits<char>::eof();
 
-  explicit CharSource(std::streambuf* buffer) : buffer(buffer) {}
+  explicit CharSource(std::streambuf* buffer)
+      : buffer(buffer), block(kBlockBytes) {}
 
   int next() {
-    if (!pending.empty()) {
-      const int c = pending.front();
-      pending.pop_front();
-      return c;
-    }
-    return call([this] { return buffer->sbumpc(); });
+    if (at == end && !refill()) return kEnd;
+    return static_cast<unsigned char>(block[at++]);
   }
   int peek() {
-    if (!pending.empty()) return pending.front();
-    return call([this] { return buffer->sgetc(); });
+    if (at == end && !refill()) return kEnd;
+    return static_cast<unsigned char>(block[at]);
   }
-  // Drops a UTF-8 byte-order mark at the current position.
+  // Drops a UTF-8 byte-order mark at the start of the input.
   void skipByteOrderMark() {
-    static const int kMark[] = {0xEF, 0xBB, 0xBF};
-    for (int expected : kMark) {
-      pending.push_back(call([this] { return buffer->sbumpc(); }));
-      if (pending.back() != expected) return;
+    static const char kMark[] = "\xEF\xBB\xBF";
+    while (end < 3 && fill(end)) {
     }
-    pending.clear();
+    if (end >= 3 && std::equal(kMark, kMark + 3, block.begin())) at = 3;
   }
   bool failed() const { return broken; }
 
  private:
-  template <typename Call>
-  int call(Call read) {
-    if (buffer == nullptr || broken) return kEnd;
+  static constexpr std::size_t kBlockBytes = 65536;
+
+  bool refill() {
+    at = end = 0;
+    return fill(0);
+  }
+  // Appends what the buffer gives to the block from `from` on.
+  bool fill(std::size_t from) {
+    if (buffer == nullptr || broken) return false;
+    std::streamsize got = 0;
     try {
-      return read();
+      got = buffer->sgetn(block.data() + from,
+                          static_cast<std::streamsize>(kBlockBytes - from));
     } catch (...) {
       broken = true;
-      return kEnd;
     }
+    end = from + static_cast<std::size_t>(std::max<std::streamsize>(got, 0));
+    return got > 0;
   }
 
   std::streambuf* buffer;
-  std::deque<int> pending;
+  std::vector<char> block;
+  std::size_t at = 0;
+  std::size_t end = 0;
   bool broken = false;
 };
 
@@ -329,15 +336,26 @@ class TableReader {
     return "";
   }
 
+  // Blanks inside the field are kept and count towards its length; those
+  // at its end are dropped, so they are held back (and only up to the
+  // length a field may have) until more text follows.
   std::string readPlain(CharSource& source, int& c) {
+    std::string blanks;
+    bool tooManyBlanks = false;
     while (!isDelimiter(c) && !isLineEndChar(source, c)) {
-      if (!append(c)) return fieldTooLong();
+      if (isPaddingChar(c)) {
+        if (text.size() + blanks.size() < kMaxFieldLength)
+          blanks += char(c);
+        else
+          tooManyBlanks = true;
+      } else {
+        text += blanks;
+        blanks.clear();
+        if (tooManyBlanks || !append(c)) return fieldTooLong();
+      }
       c = nextInLine(source);
     }
-    std::size_t kept = text.size();
-    while (kept > 0 && isPadding(text[kept - 1], delimiter)) --kept;
-    if (text.find_first_not_of(" \t") != std::string::npos) blank = false;
-    text.resize(kept);
+    if (!text.empty()) blank = false;
     return "";
   }
 
