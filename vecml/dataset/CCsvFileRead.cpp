@@ -252,10 +252,20 @@ class TableReader {
     return true;
   }
 
-  // The next character of the line; past the longest line allowed, the end
-  // of the input instead (readField() then reports the line).
+  // The next character of the line. Once the line holds the most bytes
+  // allowed, only its line end may follow; anything else gives the end of
+  // the input instead and marks the line too long (readField() reports it).
   int nextInLine(CharSource& source) {
-    if (++lineBytes > kMaxLineLength) return CharSource::kEnd;
+    if (lineBytes >= kMaxLineLength) {
+      const int c = source.peek();
+      const bool lineEnd = c == '\n' || c == CharSource::kEnd ||
+                           (c == '\r' && lineBytes == kMaxLineLength);
+      if (!lineEnd) {
+        lineTooLong = true;
+        return CharSource::kEnd;
+      }
+    }
+    ++lineBytes;
     return source.next();
   }
 
@@ -270,6 +280,7 @@ class TableReader {
     // Blank lines before the header line leave names behind.
     if (!seenRecord) header.clear();
     lineBytes = 0;
+    lineTooLong = false;
     column = 0;
     blank = true;
     valueProblem.clear();
@@ -298,7 +309,7 @@ class TableReader {
     while (isPaddingChar(c)) c = nextInLine(source);
     std::string problem =
         c == '"' ? readQuoted(source, c) : readPlain(source, c);
-    if (lineBytes > kMaxLineLength)
+    if (lineTooLong)
       return "line " + std::to_string(lineNumber) + ": more than " +
              std::to_string(kMaxLineLength) + " bytes";
     if (problem.empty()) takeField();
@@ -378,7 +389,8 @@ class TableReader {
     }
     // A line with more columns than the first is refused at its end.
     if (seenRecord && column >= columns) return;
-    const int at = column <= std::size_t(INT_MAX) ? int(column) : -1;
+    // Lines are far shorter than INT_MAX bytes, so every column fits.
+    const int at = static_cast<int>(column);
     if (at == label) labelText = text;
     const auto inputs = inputSlots.find(at);
     const auto outputs = outputSlots.find(at);
@@ -480,6 +492,7 @@ class TableReader {
 
   // The line being read.
   std::size_t lineBytes = 0;
+  bool lineTooLong = false;
   std::size_t column = 0;
   bool blank = true;
   std::string text;
