@@ -134,8 +134,10 @@ class VECML_API CDataset : public CObject<T> {
   // --- Modification ------------------------------------------------------
 
   /// Appends a copy of \p item, first reserving capacity() + growSize()
-  /// slots when the storage is full (with a grow size <= 0 the storage
-  /// grows by its own doubling). \return true.
+  /// slots when the storage is full. With a grow size <= 0, or one whose
+  /// slots cannot be had (a file may store any grow size, up to
+  /// 2,147,483,647), the storage grows by its own doubling instead.
+  /// insertItem() grows the same way. \return true.
   bool appendItem(const CDatasetItem<T>& item);
   /// Inserts a copy of \p item before position \p pos.
   /// \return false (and no change) unless 0 <= pos < items(): inserting at
