@@ -526,8 +526,8 @@ bool CDataset<T>::read(const char* fileName, std::string& error) {
 
   CDataset<T> loaded(0, growBy);
   std::string reason;
-  if (!readCheckedRecord(in, typeTag, fileBytes, loaded.itemList,
-                         loaded.growBy, loaded.infoText, reason)) {
+  if (!readCheckedRecord(in, typeTag, fileBytes, loaded.itemList, loaded.growBy,
+                         loaded.infoText, reason)) {
     const char* fault = damagedData(buffer.state());
     return failWith(fault != nullptr ? fault : reason);
   }

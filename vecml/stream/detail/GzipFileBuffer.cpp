@@ -23,7 +23,8 @@ int openRegularFile(const char* name, OpenProblem& problem,
                     std::uint64_t& size) {
   const int fd = ::open(name, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
   if (fd < 0) {
-    problem = errno == EISDIR ? OpenProblem::directory : OpenProblem::cannotOpen;
+    problem =
+        errno == EISDIR ? OpenProblem::directory : OpenProblem::cannotOpen;
     return -1;
   }
   struct stat status {};
