@@ -55,11 +55,6 @@ long long peakGrowth(Read&& read) {
 [[noreturn]] void rejectsWithinBounds(const std::string& path,
                                       const std::string& expected) {
   alarm(kWatchdogSeconds);
-  struct stat status {};
-  const long long fileBytes =
-      stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)
-          ? status.st_size
-          : 0;
   CDataset<float> data = sentinelDataset<float>();
   std::string error;
   bool read = true;
@@ -75,6 +70,11 @@ long long peakGrowth(Read&& read) {
   // The address sanitizer's allocator keeps freed blocks in quarantine and
   // its shadow memory grows with every allocation, so only plain builds
   // hold the reader to the bound.
+  struct stat status {};
+  const long long fileBytes =
+      stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)
+          ? status.st_size
+          : 0;
   const long long bound = 10 * fileBytes + (16ll << 20);
   if (growth > bound) {
     std::fprintf(stderr, "peak memory grew by %lld bytes, bound %lld\n", growth,
