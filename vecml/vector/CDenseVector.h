@@ -52,9 +52,14 @@ class VECML_API CDenseVector : public CVector<T> {
   CDenseVector<T>& operator=(CDenseVector<T>&& other) noexcept;
 
   /// Writes: tag (dataType()), dim, raw elements. Reads any tag, converting
-  /// the stored elements to T; an unknown tag leaves dim zeros. A record cut
-  /// short (or with a negative dim) sets the stream's failbit and leaves the
-  /// vector unchanged. \return true.
+  /// the stored elements to T. A record cut short (or with a negative dim)
+  /// sets the stream's failbit and leaves the vector unchanged.
+  /// A record with an unknown tag stores no elements and reads as dim
+  /// zeros: that reading trusts its input, since the 8 bytes of tag and dim
+  /// alone allocate and zero-fill dim elements (up to 2,147,483,647, 16 GiB
+  /// for double). When that memory cannot be had, the const char* of
+  /// NEWARRAY is thrown and the vector is unchanged.
+  /// \return true.
   bool serialize(std::fstream& stream, IO_MODE mode) override;
   bool serialize2(CArchiv& archive) override;
   /// \return "CDenseVector".
