@@ -184,6 +184,22 @@ def matrix_text_seeds():
     }
 
 
+def inflated_seeds():
+    # Fill byte, run length (16 MiB units), flags (bit 0: bytes after the
+    # gzip member), then the head of the record.
+    three = dataset([0, 1, 2], 2, 1, [1, 2, 3, 4, 5, 6, 7, 8, 9])
+    return {
+        "wrong_tag": bytes([0, 255, 0]) +
+        dataset([], 0, 0, [], tag=b"CDataset 0.2"),
+        "negative_count": bytes([0xff, 64, 0]) + c_string(TAG) +
+        i32(-1, 10, 1, 0),
+        "header_then_run": bytes([0, 1, 0]) + dataset([], 1, 0, [],
+                                                      count=0x7FFFFFFF),
+        "three_items": bytes([0, 0, 0]) + three,
+        "garbage_after": bytes([0, 0, 1]) + three,
+    }
+
+
 def dense_vector_seeds():
     return {
         "doubles": i32(2, 3) + f64(1, -2.5, 3),
@@ -255,6 +271,7 @@ def main():
         "dataset_record": records,
         "dataset_record_checked": records,
         "dataset_gzip_file": gzip_file_seeds(),
+        "dataset_gzip_inflated": inflated_seeds(),
         "gzstream_read": gzstream_seeds(),
         "mat_import_matrix": mat_seeds(),
         "mat_import_vector": mat_seeds(),

@@ -55,6 +55,28 @@ run(1 out csv2ds bad.csv bad.gz)
 expect_contains("${out}" "line 2, column 2: 'abc' is not a number")
 
 run(1 out stat missing.gz)
+
+# Hostile inputs end promptly with a message naming what is wrong.
+file(MAKE_DIRECTORY ${WORK_DIR}/folder)
+run(1 out stat folder)
+expect_contains("${out}" "the file is a directory; file: folder")
+run(1 out csv2ds folder out.gz)
+expect_contains("${out}" "folder is a directory, not a file")
+run(1 out stat /dev/zero)
+expect_contains("${out}" "not a regular file (a device, pipe or socket)")
+execute_process(COMMAND mkfifo ${WORK_DIR}/fifo RESULT_VARIABLE code)
+if(NOT code EQUAL 0)
+  message(FATAL_ERROR "mkfifo failed: ${code}")
+endif()
+run(1 out stat fifo)
+expect_contains("${out}" "not a regular file (a device, pipe or socket); file: fifo")
+
+# A field holding a NUL and an escape character is quoted whole, with
+# those bytes escaped.
+execute_process(COMMAND printf "1,a\\000b\\033c\\n"
+  OUTPUT_FILE ${WORK_DIR}/nul.csv)
+run(1 out csv2ds nul.csv nul.gz)
+expect_contains("${out}" "'a\\x00b\\x1bc' is not a number")
 run(2 out)
 expect_contains("${out}" "usage:")
 run(2 out csv2ds in.csv data.gz --inputs 3-1)

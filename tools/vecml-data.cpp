@@ -1,5 +1,7 @@
 // vecml-data: converts delimited text tables to dataset files and back, and
 // prints the per-feature statistics of a dataset file.
+#include <sys/stat.h>
+
 #include <charconv>
 #include <cstring>
 #include <iostream>
@@ -44,16 +46,39 @@ const char* const kUsage =
     "Columns count from 0; LIST is a comma-separated list of columns and\n"
     "ranges, for example 0-3,5.\n";
 
+// `text` with every byte outside printable ASCII written as \xHH (and a
+// backslash as \\), so that a message quoting a file's bytes can neither
+// end early at a NUL nor send control sequences to the terminal.
+std::string printable(const std::string& text) {
+  static const char hex[] = "0123456789abcdef";
+  std::string out;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte == '\\') {
+      out += "\\\\";
+    } else if (byte >= 0x20 && byte < 0x7f) {
+      out += c;
+    } else {
+      out += "\\x";
+      out += hex[byte >> 4];
+      out += hex[byte & 0xf];
+    }
+  }
+  return out;
+}
+
 // A command line that does not fit the usage; main() prints the usage.
 class UsageError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit UsageError(const std::string& message)
+      : std::runtime_error(printable(message)) {}
 };
 
 // A failure of the work itself (a bad file); main() prints the reason.
 class Failure : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit Failure(const std::string& message)
+      : std::runtime_error(printable(message)) {}
 };
 
 struct Arguments {
@@ -150,11 +175,20 @@ CDataset<float> readDataset(const std::string& fileName) {
   return data;
 }
 
+// Names a directory given as the table as such, before the table reader
+// meets it and reports a failed read. (The dataset reader names it itself.)
+void expectNoDirectory(const std::string& fileName) {
+  struct stat status {};
+  if (stat(fileName.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
+    throw Failure(fileName + " is a directory, not a file");
+}
+
 void csvToDataset(const std::vector<std::string>& args) {
   const Arguments arguments = parseArguments(
       args, {"--delimiter", "--inputs", "--outputs", "--label", "--info"},
       true);
   expectFiles(arguments, 2);
+  expectNoDirectory(arguments.files[0]);
   const CCsvFile csv = csvOptions(arguments);
   CDataset<float> data;
   std::string error;

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <memory>
+#include <new>
 #include <typeinfo>
 #include <utility>
 
@@ -157,8 +158,13 @@ void CDataset<T>::initRandomSeed() {
 
 template <typename T>
 void CDataset<T>::growIfFull() {
-  if (itemList.size() == itemList.capacity() && growBy > 0)
+  if (itemList.size() != itemList.capacity() || growBy <= 0) return;
+  try {
     itemList.reserve(itemList.capacity() + static_cast<std::size_t>(growBy));
+  } catch (const std::bad_alloc&) {
+    // The grow size may come from a file; when its reservation cannot be
+    // had, the storage grows by its own doubling instead.
+  }
 }
 
 template <typename T>

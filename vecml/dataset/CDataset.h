@@ -134,8 +134,10 @@ class VECML_API CDataset : public CObject<T> {
   // --- Modification ------------------------------------------------------
 
   /// Appends a copy of \p item, first reserving capacity() + growSize()
-  /// slots when the storage is full (with a grow size <= 0 the storage
-  /// grows by its own doubling). \return true.
+  /// slots when the storage is full. With a grow size <= 0, or one whose
+  /// slots cannot be had (a file may store any grow size, up to
+  /// 2,147,483,647), the storage grows by its own doubling instead.
+  /// insertItem() grows the same way. \return true.
   bool appendItem(const CDatasetItem<T>& item);
   /// Inserts a copy of \p item before position \p pos.
   /// \return false (and no change) unless 0 <= pos < items(): inserting at
@@ -315,10 +317,18 @@ class VECML_API CDataset : public CObject<T> {
   bool read(std::istream& in, std::string& error);
   /// Validating reader of a gzip-compressed file, as above, with
   /// "; file: <name>" at the end of the message. Also rejects a file that
-  /// cannot be opened, a broken gzip stream (corrupt or cut-off compressed
-  /// data) and any data after the record: the file holds exactly one. A file
-  /// that is not gzip-compressed is read as it stands, as zlib reads it.
-  /// Item slots are reserved as in read(const char*).
+  /// cannot be opened, a directory ("the file is a directory"), anything
+  /// but a regular file ("not a regular file (a device, pipe or socket)",
+  /// without waiting for a FIFO's writer), a broken gzip stream (corrupt or
+  /// cut-off compressed data, a wrong CRC or length), any data after the
+  /// record ("data continue after the last item") and any byte after the
+  /// gzip member ("data continue after the gzip stream"): the file holds
+  /// exactly one record in one gzip member. A file that does not start
+  /// with the gzip magic bytes is read as it stands.
+  /// The file is opened once and read in one pass that stops at the first
+  /// fault, so the work done is bounded by the data read up to it; memory
+  /// beyond the items read is fixed (about 200 KiB). Item slots are
+  /// reserved as in read(const char*).
   bool read(const char* fileName, std::string& error);
 
   /// Writing (any mode but IO_READ): item count, info length K, the K info

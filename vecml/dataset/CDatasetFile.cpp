@@ -1,7 +1,5 @@
 // Dataset records on byte streams and gzip files, and the dataset's binary
 // and archive serialization.
-#include <zlib.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
@@ -18,6 +16,7 @@
 #include "vecml/core/CArchiv.h"
 #include "vecml/core/detail/BinaryIO.h"
 #include "vecml/dataset/CDataset.h"
+#include "vecml/stream/detail/GzipFileBuffer.h"
 #include "vecml/stream/gzstream.h"
 #include "vecml/vector/CDenseVector.h"
 
@@ -410,17 +409,34 @@ bool readCheckedRecord(std::istream& in, const std::string& expectedTag,
                      " of " + std::to_string(count));
 }
 
-// Decompresses the whole file once, keeping nothing.
-// \return false when zlib meets corrupt or cut-off compressed data.
-bool gzipStreamIntact(const char* fileName) {
-  gzFile file = gzopen(fileName, "rb");
-  if (file == nullptr) return false;
-  std::vector<char> sink(std::size_t(1) << 16);
-  int got = 0;
-  do {
-    got = gzread(file, sink.data(), static_cast<unsigned>(sink.size()));
-  } while (got > 0);
-  return gzclose(file) == Z_OK && got == 0;
+// The reason to give when the file's data could not be read as they are,
+// or nullptr when they could (bytes after the gzip member are no damage to
+// the record). A broken compressed stream makes the record look damaged,
+// mostly cut short, so it is named instead of the record's own fault.
+const char* damagedData(vecml::detail::GzipFileBuffer::State state) {
+  using State = vecml::detail::GzipFileBuffer::State;
+  switch (state) {
+    case State::broken:
+      return "broken gzip stream (corrupt or cut-off data)";
+    case State::readError:
+      return "cannot read file";
+    case State::noMemory:
+      return "cannot open file as a gzip stream";
+    default:
+      return nullptr;
+  }
+}
+
+// The reason openRegularFile() refused a file.
+std::string openProblem(vecml::detail::OpenProblem problem) {
+  switch (problem) {
+    case vecml::detail::OpenProblem::directory:
+      return "the file is a directory";
+    case vecml::detail::OpenProblem::notRegularFile:
+      return "not a regular file (a device, pipe or socket)";
+    default:
+      return "cannot open file";
+  }
 }
 
 }  // namespace
@@ -486,6 +502,11 @@ bool CDataset<T>::read(const char* fileName) {
   return true;
 }
 
+// The validating file reader reads one open file in one pass: the checks,
+// the message and the file's size all come from that same file, and it
+// stops at the first fault, so its work is bounded by the bytes it has
+// read. Only regular files are read: a device or a pipe may never end or
+// never deliver.
 template <typename T>
 bool CDataset<T>::read(const char* fileName, std::string& error) {
   if (fileName == nullptr) {
@@ -496,25 +517,25 @@ bool CDataset<T>::read(const char* fileName, std::string& error) {
     error = kErrorPrefix + reason + "; file: " + fileName;
     return false;
   };
-  const std::optional<std::uint64_t> fileBytes = openableFileSize(fileName);
-  if (!fileBytes) return failWith("cannot open file");
-  igzstream in(fileName, std::ios::in);
-  if (!in.good()) return failWith("cannot open file as a gzip stream");
+  vecml::detail::OpenProblem problem{};
+  std::uint64_t fileBytes = 0;
+  const int fd = vecml::detail::openRegularFile(fileName, problem, fileBytes);
+  if (fd < 0) return failWith(openProblem(problem));
+  vecml::detail::GzipFileBuffer buffer(fd);
+  std::istream in(&buffer);
 
   CDataset<T> loaded(0, growBy);
   std::string reason;
-  if (!readCheckedRecord(in, typeTag, *fileBytes, loaded.itemList,
-                         loaded.growBy, loaded.infoText, reason)) {
-    // A broken compressed stream makes the record look damaged, mostly cut
-    // short, so it is named instead when zlib finds one.
-    return failWith(gzipStreamIntact(fileName)
-                        ? reason
-                        : "broken gzip stream (corrupt or cut-off data)");
+  if (!readCheckedRecord(in, typeTag, fileBytes, loaded.itemList, loaded.growBy,
+                         loaded.infoText, reason)) {
+    const char* fault = damagedData(buffer.state());
+    return failWith(fault != nullptr ? fault : reason);
   }
   if (in.peek() != std::char_traits<char>::eof())
     return failWith("data continue after the last item");
-  in.close();
-  if (in.bad()) return failWith("broken gzip stream (corrupt or cut-off data)");
+  if (buffer.state() == vecml::detail::GzipFileBuffer::State::trailingData)
+    return failWith("data continue after the gzip stream");
+  if (const char* fault = damagedData(buffer.state())) return failWith(fault);
   takeRecord(loaded);
   return true;
 }

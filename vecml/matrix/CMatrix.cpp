@@ -156,7 +156,7 @@ CMatrix<T>::CMatrix(CMatrix<T>&& other) noexcept
 
 template <typename T>
 CMatrix<T>::~CMatrix() {
-  DELETEARRAY(data);
+  delete[] data;
 }
 
 template <typename T>
@@ -165,7 +165,7 @@ CMatrix<T>& CMatrix<T>::operator=(const CMatrix<T>& other) {
   CObject<T>::operator=(other);
   if (numRows != other.numRows || numColumns != other.numColumns) {
     T* fresh = allocate<T>(storedCount(other));
-    DELETEARRAY(data);
+    delete[] data;
     data = fresh;
     numRows = other.numRows;
     numColumns = other.numColumns;
@@ -178,7 +178,7 @@ template <typename T>
 CMatrix<T>& CMatrix<T>::operator=(CMatrix<T>&& other) noexcept {
   if (this != &other) {
     CObject<T>::operator=(other);
-    DELETEARRAY(data);
+    delete[] data;
     numRows = std::exchange(other.numRows, 0);
     numColumns = std::exchange(other.numColumns, 0);
     data = std::exchange(other.data, nullptr);
@@ -211,7 +211,7 @@ bool CMatrix<T>::serialize(std::fstream& stream, IO_MODE mode) {
   }
   T* fresh = allocate<T>(elementCount(rows, columns));
   std::copy(values.begin(), values.end(), fresh);
-  DELETEARRAY(data);
+  delete[] data;
   data = fresh;
   numRows = rows;
   numColumns = columns;
@@ -225,7 +225,7 @@ bool CMatrix<T>::serialize2(CArchiv& archive) {
     archive.read(rows);
     archive.read(columns);
     T* fresh = allocate<T>(elementCount(rows, columns));
-    DELETEARRAY(data);
+    delete[] data;
     data = fresh;
     numRows = rows;
     numColumns = columns;
@@ -269,7 +269,7 @@ void CMatrix<T>::resize(int rows, int columns, bool keep) {
                 data + shapeProduct(numRows, j) + keptRows,
                 fresh + shapeProduct(rows, j));
   }
-  DELETEARRAY(data);
+  delete[] data;
   data = fresh;
   numRows = rows;
   numColumns = columns;

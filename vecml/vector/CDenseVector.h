@@ -52,9 +52,14 @@ class VECML_API CDenseVector : public CVector<T> {
   CDenseVector<T>& operator=(CDenseVector<T>&& other) noexcept;
 
   /// Writes: tag (dataType()), dim, raw elements. Reads any tag, converting
-  /// the stored elements to T; an unknown tag leaves dim zeros. A record cut
-  /// short (or with a negative dim) sets the stream's failbit and leaves the
-  /// vector unchanged. \return true.
+  /// the stored elements to T. A record cut short (or with a negative dim)
+  /// sets the stream's failbit and leaves the vector unchanged.
+  /// A record with an unknown tag stores no elements and reads as dim
+  /// zeros: that reading trusts its input, since the 8 bytes of tag and dim
+  /// alone allocate and zero-fill dim elements (up to 2,147,483,647, 16 GiB
+  /// for double). When that memory cannot be had, the const char* of
+  /// NEWARRAY is thrown and the vector is unchanged.
+  /// \return true.
   bool serialize(std::fstream& stream, IO_MODE mode) override;
   bool serialize2(CArchiv& archive) override;
   /// \return "CDenseVector".
@@ -100,11 +105,14 @@ class VECML_API CDenseVector : public CVector<T> {
   /// Unchecked write. requires: 0 <= i < dimension() (otherwise dropped).
   void setElement(int i, T value);
 
-  /// Raw element array, owned by the vector.
+  /// Raw element array, owned by the vector (a plain `new T[]` array, or null
+  /// for dimension 0).
   T* _data() const { return data; }
-  /// Stores \p values as the element array without freeing the old one
-  /// (the caller releases it with DELETEARRAY).
-  /// requires: \p values holds dimension() elements from NEWARRAY<T>.
+  /// Stores \p values as the element array without freeing the old one: the
+  /// caller now owns the old array and releases it with `delete[]`; the
+  /// vector releases \p values with `delete[]`.
+  /// requires: \p values holds dimension() elements and comes from
+  /// `new T[]` or NEWARRAY<T> (or is null when dimension() is 0).
   void _setData(T* values) { data = values; }
   bool isSparse() const { return false; }
   T* begin() { return data; }
