@@ -164,6 +164,8 @@ def csv_seeds():
         "bad_field": b"\x00" + b"1,abc\n",
         "ragged": b"\x00" + b"1,2\n3\n",
         "empty": b"\x00",
+        "long_field": b"\x00" + b"1," + b"0" * 3000 + b"1\n",
+        "trailing_blanks": b"\x00" + b"1" + b" " * 3000 + b"\n",
     }
 
 
@@ -173,6 +175,8 @@ def matrix_text_seeds():
         "cut": b"2 2 1 2",
         "huge_shape": b"100000 100000 1",
         "many_rows_no_columns": b"2147483647 0",
+        "shape_out_of_range": b"99999999999 2 1 2",
+        "negative_square": b"-5 -5",
         "negative": b"-1 5 1 2",
         "not_numbers": b"abc def",
         "non_finite_values": b"2 2 nan -inf 1e400 0x1p3",
@@ -242,6 +246,23 @@ def learn_rate_seeds():
     }
 
 
+# The first byte of a factory seed picks the element type (0 int, 1 float,
+# 2 double); the rest is the class name.
+def factory_name_seeds():
+    return {
+        "dense_float": b"\x01CDenseVector",
+        "sparse_double": b"\x02CSparseVector",
+        "unknown_type": b"\x00CDenseVector",
+        "missing_plugin": b"\x01CNoSuchClass",
+        "path": b"\x01../lib/vecml/CDenseVector",
+        "embedded_zero": b"\x01CDenseVector\x00../x",
+        "leading_digit": b"\x019CDenseVector",
+        "longest": b"\x01" + b"A" * 245,
+        "too_long": b"\x01" + b"A" * 246,
+        "empty": b"\x01",
+    }
+
+
 def main():
     root = sys.argv[1] if len(sys.argv) > 1 else os.path.join(
         os.path.dirname(os.path.abspath(__file__)), "corpus")
@@ -262,6 +283,7 @@ def main():
         "matrix_serialize": matrix_serialize_seeds(),
         "kernel_serialize": kernel_seeds(),
         "learn_rate_serialize": learn_rate_seeds(),
+        "object_factory_name": factory_name_seeds(),
     }
     for harness, seeds in corpora.items():
         directory = os.path.join(root, harness)

@@ -460,4 +460,35 @@ TEST(MatFile, HugeNameLengthRunsPastTheEnd) {
   EXPECT_EQ(output, lines({""}));
 }
 
+// /dev/zero reads as an endless run of empty records; the scan stops at the
+// length the file had when it was opened (0 here), after one header.
+TYPED_TEST(MatFileTest, AnEndlessDeviceEndsAfterOneRecord) {
+  CMatrix<TypeParam> m = fromRows<TypeParam>(1, 1, {9});
+  CDenseVector<TypeParam> v(std::vector<TypeParam>{7});
+  int matrixResult = 1, vectorResult = 1;
+  const std::string output = captureStdout([&] {
+    matrixResult = m.importFromMatFile("/dev/zero", "x");
+    vectorResult = v.importFromMatFile("/dev/zero", "x");
+  });
+  EXPECT_EQ(matrixResult, -3);
+  EXPECT_EQ(vectorResult, -3);
+  EXPECT_EQ(output, lines({"", ""}));
+  expectMatrix<TypeParam>(m, 1, 1, {9});
+  EXPECT_EQ(v.getElement(0), TypeParam(7));
+}
+
+TEST(MatFile, NamesAreShownWithControlBytesEscaped) {
+  TempFile file;
+  const std::string name = "a\x1b[31mb\\\x7f\xc3\xa9";
+  fromRows<double>(1, 1, {1}).exportToMatFile(file.path().c_str(), name.c_str(),
+                                              false);
+  CMatrix<double> m;
+  std::string output;
+  EXPECT_EQ(importCapturing(m, file, "none", output), -3);
+  EXPECT_EQ(output, lines({"a\\x1b[31mb\\x5c\\x7f\\xc3\\xa9", ""}));
+  // The name still matches as stored.
+  EXPECT_EQ(importCapturing(m, file, name.c_str(), output), 0);
+  expectMatrix<double>(m, 1, 1, {1});
+}
+
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <iostream>
+#include <mutex>
 
 #include "vecml/core/CObject.h"
 
@@ -42,8 +43,10 @@ using CreateDouble = CObject<double>* (*)();
 CObjectFactory* CObjectFactory::pinstance = nullptr;
 
 CObjectFactory* CObjectFactory::instance() {
-  if (pinstance == nullptr) pinstance = new CObjectFactory();
-  return pinstance;
+  // The language creates a function-local static exactly once, even when
+  // several threads ask for it at the same time.
+  static CObjectFactory* const created = pinstance = new CObjectFactory();
+  return created;
 }
 
 CObjectFactory::CObjectFactory() : handle(nullptr) {}
@@ -52,19 +55,27 @@ CObjectFactory::~CObjectFactory() {
   if (handle != nullptr) dlclose(handle);
 }
 
+// Each public call holds the lock from the name check through dlopen,
+// dlsym and the plug-in's entry point, so another thread cannot close or
+// switch the plug-in in between.
+
 void* CObjectFactory::produceObject(const char* className, DATATYPE type) {
+  const std::lock_guard<std::mutex> lock(guard);
   return produce(className, type, false);
 }
 
 void* CObjectFactory::produceObject(std::string className, DATATYPE type) {
+  const std::lock_guard<std::mutex> lock(guard);
   return produce(className, type, true);
 }
 
 bool CObjectFactory::canProduce(const char* className) {
+  const std::lock_guard<std::mutex> lock(guard);
   return load(className);
 }
 
 bool CObjectFactory::canProduce(std::string className) {
+  const std::lock_guard<std::mutex> lock(guard);
   return load(className);
 }
 

@@ -2,6 +2,7 @@
 #ifndef VECML_CORE_COBJECTFACTORY_H
 #define VECML_CORE_COBJECTFACTORY_H
 
+#include <mutex>
 #include <string>
 
 #include "vecml/core/Export.h"
@@ -27,7 +28,12 @@
 /// name of the plug-in loaded before (with no plug-in held): canProduce()
 /// then answers true for that class and produceObject() returns null.
 ///
-/// Not thread-safe: every call changes the shared state.
+/// Thread-safe: instance() creates the factory once, and every call of
+/// produceObject() and canProduce() runs under one lock, from the name
+/// check to the plug-in's entry point. Calls from several threads are
+/// therefore served one after another, each exactly as if it were the only
+/// caller (a thread asking for another class still closes the plug-in held
+/// before); objects already produced stay usable.
 ///
 /// \code
 ///   void* made = CObjectFactory::instance()->produceObject("CDenseVector",
@@ -85,6 +91,8 @@ class VECML_API CObjectFactory {
 
   std::string libraryName;
   void* handle;
+  // Serialises the public calls; guards libraryName and handle.
+  std::mutex guard;
 };
 
 #endif

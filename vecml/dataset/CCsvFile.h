@@ -2,6 +2,7 @@
 #ifndef VECML_DATASET_CCSVFILE_H
 #define VECML_DATASET_CCSVFILE_H
 
+#include <cstddef>
 #include <istream>
 #include <ostream>
 #include <string>
@@ -71,6 +72,11 @@
 /// \endcode
 class VECML_API CCsvFile {
  public:
+  /// Longest field text read (quotes and surrounding blanks not counted).
+  static constexpr std::size_t kMaxFieldLength = 65536;
+  /// Longest line read (its line end not counted).
+  static constexpr std::size_t kMaxLineLength = std::size_t(1) << 27;
+
   /// Delimiter ',', no header, all columns inputs, no outputs, no label.
   CCsvFile();
 

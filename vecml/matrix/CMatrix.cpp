@@ -102,17 +102,6 @@ void multiplyInto(const CMatrix<T>& a, const T* b, int bRows, int n, T* c) {
       a._data(), b, c, a.rows(), depth, n, bRows});
 }
 
-// Characters from the read position to the end of the file; 0 when that
-// cannot be told.
-std::int64_t charactersLeft(std::ifstream& in) {
-  const std::int64_t position = in.tellg();
-  if (position < 0) return 0;
-  in.seekg(0, std::ios::end);
-  const std::int64_t end = in.tellg();
-  in.seekg(position);
-  return std::max<std::int64_t>(end - position, 0);
-}
-
 // Puts one line end and flushes, as every line of dump() ends.
 void endLine(std::ostream& os) {
   os.put('\n');
@@ -650,28 +639,6 @@ CMatrix<T> outerProduct(const CDenseVector<T>& a, const CDenseVector<T>& b) {
 }
 
 template <typename T>
-void save(const CMatrix<T>& m, const char* path) {
-  std::ofstream out(path, std::ios::trunc);
-  out << m.rows() << " " << m.columns() << " ";
-  const T* data = m._data();
-  for (int k = 0; k < storedCount(m); ++k) out << data[k] << " ";
-}
-
-template <typename T>
-void load(CMatrix<T>& m, const char* path) {
-  std::ifstream in(path);
-  int rows = 0, columns = 0;
-  in >> rows >> columns;
-  // Every value takes at least one character of the file.
-  if (shapeProduct(rows, columns) >
-      std::min<std::int64_t>(charactersLeft(in), INT_MAX))
-    rows = columns = 0;
-  m.resize(rows, columns, false);
-  T* data = m._data();
-  for (int k = 0; k < storedCount(m); ++k) in >> data[k];
-}
-
-template <typename T>
 bool CDenseVector<T>::exportToMatFile(const char* fileName,
                                       const char* variableName,
                                       bool append) const {
@@ -746,9 +713,7 @@ template class CMatrix<double>;
   template CMatrix<T> operator*(const CMatrix<T>&, const CMatrix<T>&);      \
   template CDenseVector<T> operator*(const CMatrix<T>&, const CVector<T>&); \
   template CMatrix<T> outerProduct(const CDenseVector<T>&,                  \
-                                   const CDenseVector<T>&);                 \
-  template void save(const CMatrix<T>&, const char*);                       \
-  template void load(CMatrix<T>&, const char*);
+                                   const CDenseVector<T>&);
 VECML_MATRIX_INSTANTIATE_FLOATING_(float)
 VECML_MATRIX_INSTANTIATE_FLOATING_(double)
 #undef VECML_MATRIX_INSTANTIATE_FLOATING_

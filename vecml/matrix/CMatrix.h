@@ -187,7 +187,11 @@ class VECML_API CMatrix : public CObject<T> {
                        bool append) const;
   /// Reads the first MAT record named \p variableName, printing
   /// "Read variable <name>" for every record scanned and one final line
-  /// with an empty name when the end of the file is reached.
+  /// with an empty name when the end of the file is reached. Name bytes
+  /// that are not printable ASCII, and the backslash, are printed as \xNN.
+  /// The scan ends, as at the end of the file, once the records passed over
+  /// reach beyond the file's length when it was opened: a device such as
+  /// /dev/zero gives one empty name and -3.
   /// Record sizes are taken from their low 32 bits. Data cut short by the
   /// end of the file leave the missing elements 0. A matching record with
   /// a negative row or column count, or whose elements would take more
@@ -281,11 +285,21 @@ VECML_API CMatrix<T> outerProduct(const CDenseVector<T>& a,
 template <typename T>
 VECML_API void save(const CMatrix<T>& m, const char* path);
 /// Reads the form save() writes: the shape, then the elements in storage
-/// order; values the file lacks stay 0. A file that cannot be opened, or
-/// whose shape needs more values than the file has characters, gives a
-/// 0 x 0 matrix.
+/// order; values the file lacks or cannot be read stay 0. A file that
+/// cannot be opened gives a 0 x 0 matrix. A shape that is not two numbers
+/// (an unreadable or out-of-range number included), that is negative, or
+/// that the file cannot back leaves \p m unchanged: every value, and also
+/// each row and column of a matrix without elements, must be matched by
+/// one character after the shape.
 template <typename T>
 VECML_API void load(CMatrix<T>& m, const char* path);
+/// As above, but reports every failure: a file that cannot be opened, any
+/// of the shape problems above, and a value that is missing or not a
+/// number each give false with \p error set ("load(): <reason>; file:
+/// <path>") and leave \p m unchanged.
+/// \return true when the whole matrix was read.
+template <typename T>
+VECML_API bool load(CMatrix<T>& m, const char* path, std::string& error);
 
 /// Steps \p counter through the box start..end (end inclusive), the last
 /// dimension fastest; with \p init it copies \p start into \p counter. After
@@ -320,7 +334,8 @@ extern template class CMatrix<double>;
   extern template CMatrix<T> outerProduct(const CDenseVector<T>&,              \
                                           const CDenseVector<T>&);             \
   extern template void save(const CMatrix<T>&, const char*);                   \
-  extern template void load(CMatrix<T>&, const char*);
+  extern template void load(CMatrix<T>&, const char*);                         \
+  extern template bool load(CMatrix<T>&, const char*, std::string&);
 VECML_MATRIX_EXTERN_FLOATING_(float)
 VECML_MATRIX_EXTERN_FLOATING_(double)
 #undef VECML_MATRIX_EXTERN_FLOATING_

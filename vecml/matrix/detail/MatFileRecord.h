@@ -76,20 +76,57 @@ inline void skipMatBytes(std::ifstream& file, std::int64_t bytes,
   }
 }
 
-// Skips the rows * columns doubles of a record (nothing for a product of 0
-// or below; a product beyond 64 bits runs past the end).
-inline void skipMatData(std::ifstream& file, std::int64_t rows,
-                        std::int64_t columns, std::int64_t fileLength) {
+// Bytes of the rows * columns doubles of a record: INT64_MAX when that does
+// not fit in 64 bits, 0 or below when there are none.
+inline std::int64_t matDataBytes(std::int64_t rows, std::int64_t columns) {
   std::int64_t count = 0, bytes = 0;
   if (__builtin_mul_overflow(rows, columns, &count) ||
       __builtin_mul_overflow(count, std::int64_t(sizeof(double)), &bytes))
-    bytes = INT64_MAX;
+    return INT64_MAX;
+  return bytes;
+}
+
+// Skips the data of a record (nothing when it has none; a size beyond 64
+// bits runs past the end).
+inline void skipMatData(std::ifstream& file, std::int64_t rows,
+                        std::int64_t columns, std::int64_t fileLength) {
+  const std::int64_t bytes = matDataBytes(rows, columns);
   if (bytes > 0) skipMatBytes(file, bytes, fileLength);
+}
+
+// \return \p scanned plus the bytes of one record with a name of
+// \p nameBytes: five 8-byte header fields, the name and its data
+// (saturating at INT64_MAX). requires: scanned >= 0, nameBytes >= 0.
+inline std::int64_t addMatRecordBytes(std::int64_t scanned,
+                                      std::int32_t nameBytes, std::int64_t rows,
+                                      std::int64_t columns) {
+  std::int64_t total = 0;
+  if (__builtin_add_overflow(scanned, 5 * 8 + std::int64_t(nameBytes),
+                             &total) ||
+      __builtin_add_overflow(
+          total, std::max<std::int64_t>(matDataBytes(rows, columns), 0),
+          &total))
+    return INT64_MAX;
+  return total;
 }
 
 // The low 32 bits of a header field, as a signed count.
 inline std::int32_t lowWord(std::int64_t field) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(field));
+}
+
+// Writes \p name with every byte that is not printable ASCII, and the
+// backslash, as \xNN, so that a file cannot send control sequences to the
+// terminal.
+inline void writeEscapedName(std::ostream& out, const char* name) {
+  static const char kHex[] = "0123456789abcdef";
+  for (const char* at = name; *at != '\0'; ++at) {
+    const unsigned char byte = static_cast<unsigned char>(*at);
+    if (byte >= 0x20 && byte < 0x7f && byte != '\\')
+      out << *at;
+    else
+      out << "\\x" << kHex[byte >> 4] << kHex[byte & 15];
+  }
 }
 
 /// Header fields of a record found by findMatRecord().
@@ -100,16 +137,21 @@ struct MatRecordShape {
 };
 
 /// Scans \p file from its start for the first record named \p variableName,
-/// printing "Read variable <name>" for every header read, including the
-/// one attempted at the end of the file (whose name is empty). A record
-/// only matches when its header and name were read in full. Names longer
-/// than the buffer are skipped unread (an empty name is printed) and never
-/// match; a negative name length ends the scan.
+/// printing "Read variable <name>" (escaped as by writeEscapedName) for
+/// every header read, including the one attempted at the end of the file
+/// (whose name is empty). A record only matches when its header and name
+/// were read in full. Names longer than the buffer are skipped unread (an
+/// empty name is printed) and never match; a negative name length ends the
+/// scan. The scan also ends once the records passed over reach beyond the
+/// file's length as told when it was opened, so that a device without end
+/// (/dev/zero reads as an endless run of empty records) or a file that
+/// keeps growing is not read for ever.
 /// \return true with \p file at the record's data and \p shape filled.
 inline bool findMatRecord(std::ifstream& file, const char* variableName,
                           MatRecordShape& shape) {
   const std::int64_t fileLength = matFileLength(file);
-  while (!file.eof()) {
+  std::int64_t scanned = 0;
+  while (!file.eof() && scanned <= fileLength) {
     std::int64_t type = 0, rows = 0, columns = 0, imaginary = 0, nameLength = 0;
     for (std::int64_t* field :
          {&type, &rows, &columns, &imaginary, &nameLength})
@@ -122,12 +164,15 @@ inline bool findMatRecord(std::ifstream& file, const char* variableName,
       file.read(name, nameBytes);
     else if (nameBytes > 0)
       skipMatBytes(file, nameBytes, fileLength);
-    std::cout << "Read variable " << name << std::endl;
+    std::cout << "Read variable ";
+    writeEscapedName(std::cout, name);
+    std::cout << std::endl;
     if (!file || nameBytes < 0) return false;
     if (nameFits && std::strcmp(name, variableName) == 0) {
       shape = {rows, columns, fileLength};
       return true;
     }
+    scanned = addMatRecordBytes(scanned, nameBytes, rows, columns);
     skipMatData(file, rows, columns, fileLength);
   }
   return false;
