@@ -66,11 +66,6 @@ template void DELETEARRAY<double>(double*) noexcept;
 
 namespace {
 
-// Positions the negative-argument checks report. They are part of the
-// documented messages, so they stay fixed when this file is edited.
-constexpr int kFactrlCheckLine = 77;
-constexpr int kFactlnCheckLine = 88;
-
 constexpr int kLastTabledFactorial = 32;
 constexpr int kLastCachedLogFactorial = 100;
 
@@ -106,7 +101,7 @@ double gammln(double x) {
 }
 
 double factrl(int n) {
-  ML_GEQ_CHK_AT(n, 0, "Macros.cpp", kFactrlCheckLine);
+  ML_GEQ_CHK_AT(n, 0, vecml::detail::kFactorialArgumentCheck);
   if (n > kLastTabledFactorial) return std::exp(gammln(n + 1.0));
   while (factorialTop < n) {
     const float previous = factorials[factorialTop];
@@ -117,7 +112,7 @@ double factrl(int n) {
 }
 
 double factln(int n) {
-  ML_GEQ_CHK_AT(n, 0, "Macros.cpp", kFactlnCheckLine);
+  ML_GEQ_CHK_AT(n, 0, vecml::detail::kLogFactorialArgumentCheck);
   if (n <= 1) return 0.0;
   if (n > kLastCachedLogFactorial) return gammln(n + 1.0);
   if (logFactorials[n] == 0.0) logFactorials[n] = gammln(n + 1.0);

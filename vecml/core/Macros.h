@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "vecml/core/Export.h"
+#include "vecml/core/detail/MessagePositions.h"
 
 namespace vecml::detail {
 
@@ -26,42 +27,46 @@ template <typename A, typename B>
 
 }  // namespace vecml::detail
 
-// Evaluates each operand once and reports when `first failsWhen second`.
-#define VECML_CHECK_(macro, failsWhen, operatorText, a, b, file, line) \
-  do {                                                                 \
-    const auto& vecml_check_a_ = (a);                                  \
-    const auto& vecml_check_b_ = (b);                                  \
-    if (vecml_check_a_ failsWhen vecml_check_b_)                       \
-      ::vecml::detail::reportFailedCheck(#macro, file, line, #a,       \
-                                         vecml_check_a_, operatorText, \
-                                         vecml_check_b_);              \
+// Evaluates each operand once and reports `position` when
+// `first failsWhen second`.
+#define VECML_CHECK_(macro, failsWhen, operatorText, a, b, position)          \
+  do {                                                                        \
+    const auto& vecml_check_a_ = (a);                                         \
+    const auto& vecml_check_b_ = (b);                                         \
+    if (vecml_check_a_ failsWhen vecml_check_b_)                              \
+      ::vecml::detail::reportFailedCheck(#macro, (position).file,             \
+                                         (position).line, #a, vecml_check_a_, \
+                                         operatorText, vecml_check_b_);       \
   } while (false)
 
-// The *_AT forms report a given file name and line instead of the caller's;
-// headers whose reported position is part of their interface use them.
-#define ML_EQ_CHK_AT(a, b, file, line) \
-  VECML_CHECK_(ML_EQ_CHK, !=, " != ", a, b, file, line)
-#define ML_LEQ_CHK_AT(a, b, file, line) \
-  VECML_CHECK_(ML_LEQ_CHK, >, " > ", a, b, file, line)
-#define ML_LS_CHK_AT(a, b, file, line) \
-  VECML_CHECK_(ML_LS_CHK, >=, " >= ", a, b, file, line)
-#define ML_GEQ_CHK_AT(a, b, file, line) \
-  VECML_CHECK_(ML_GEQ_CHK, <, " < ", a, b, file, line)
+// The caller's own position, as the plain check macros report it.
+#define VECML_HERE_ (::vecml::detail::MessagePosition{__FILE_NAME__, __LINE__})
+
+// The *_AT forms report a fixed MessagePosition (see
+// vecml/core/detail/MessagePositions.h) instead of the caller's own.
+#define ML_EQ_CHK_AT(a, b, position) \
+  VECML_CHECK_(ML_EQ_CHK, !=, " != ", a, b, position)
+#define ML_LEQ_CHK_AT(a, b, position) \
+  VECML_CHECK_(ML_LEQ_CHK, >, " > ", a, b, position)
+#define ML_LS_CHK_AT(a, b, position) \
+  VECML_CHECK_(ML_LS_CHK, >=, " >= ", a, b, position)
+#define ML_GEQ_CHK_AT(a, b, position) \
+  VECML_CHECK_(ML_GEQ_CHK, <, " < ", a, b, position)
 
 /// Aborts unless a == b, printing
 /// "ML_EQ_CHK failed in File: <file> Line: <line>. <a text>=<a> != <b>".
-#define ML_EQ_CHK(a, b) ML_EQ_CHK_AT(a, b, __FILE_NAME__, __LINE__)
+#define ML_EQ_CHK(a, b) ML_EQ_CHK_AT(a, b, VECML_HERE_)
 /// Aborts when a > b.
-#define ML_LEQ_CHK(a, b) ML_LEQ_CHK_AT(a, b, __FILE_NAME__, __LINE__)
+#define ML_LEQ_CHK(a, b) ML_LEQ_CHK_AT(a, b, VECML_HERE_)
 /// Aborts when a >= b.
-#define ML_LS_CHK(a, b) ML_LS_CHK_AT(a, b, __FILE_NAME__, __LINE__)
+#define ML_LS_CHK(a, b) ML_LS_CHK_AT(a, b, VECML_HERE_)
 /// Aborts when a < b.
-#define ML_GEQ_CHK(a, b) ML_GEQ_CHK_AT(a, b, __FILE_NAME__, __LINE__)
+#define ML_GEQ_CHK(a, b) ML_GEQ_CHK_AT(a, b, VECML_HERE_)
 
-#define ML_CRITICAL_MSG_AT(msg, file, line) \
-  ::vecml::detail::reportCriticalMessage(file, line, msg)
+#define ML_CRITICAL_MSG_AT(msg, position) \
+  ::vecml::detail::reportCriticalMessage((position).file, (position).line, msg)
 /// Prints the position and \p msg to the error stream and aborts.
-#define ML_CRITICAL_MSG(msg) ML_CRITICAL_MSG_AT(msg, __FILE_NAME__, __LINE__)
+#define ML_CRITICAL_MSG(msg) ML_CRITICAL_MSG_AT(msg, VECML_HERE_)
 
 /// Allocates \p n elements with the array form of new, on a 64-byte
 /// boundary (a cache line, so vector kernels load whole lines), and sets
@@ -97,12 +102,14 @@ VECML_API double gammln(double x);
 /// n!, from a single-precision table for n <= 32 (so rounded to float) and
 /// exp(gammln(n + 1)) above. The table is filled on demand up to n.
 /// requires: n >= 0; otherwise aborts with
-/// "ML_GEQ_CHK failed in File: Macros.cpp Line: 77. n=<n> < 0".
+/// "ML_GEQ_CHK failed in File: <file> Line: <line>. n=<n> < 0" with the
+/// position detail::kFactorialArgumentCheck.
 VECML_API double factrl(int n);
 
 /// ln n!: 0 for n <= 1, gammln(n + 1) above, cached for n <= 100.
 /// requires: n >= 0; otherwise aborts with
-/// "ML_GEQ_CHK failed in File: Macros.cpp Line: 88. n=<n> < 0".
+/// "ML_GEQ_CHK failed in File: <file> Line: <line>. n=<n> < 0" with the
+/// position detail::kLogFactorialArgumentCheck.
 VECML_API double factln(int n);
 
 /// Binomial coefficient n over k, rounded to an integral value from

@@ -452,7 +452,7 @@ CDataset<T> CDataset<T>::split(double percent) {
 
 template <typename T>
 CDataset<T> CDataset<T>::subset(int iNbItems) const {
-  ML_LEQ_CHK_AT(iNbItems, items(), "CDataset.h", 1314);
+  ML_LEQ_CHK_AT(iNbItems, items(), vecml::detail::kSubsetCountCheck);
   const int k = std::max(iNbItems, 0);
   CDataset<T> result(k, 1000);
   result.itemList.assign(itemList.begin(), itemList.begin() + k);

@@ -235,8 +235,8 @@ class VECML_API CDataset : public CObject<T> {
   CDataset<T> split(double percent);
   /// \return a uniform random sample of \p iNbItems items (reservoir
   ///         sampling with rand() % (t + 1)); a negative count samples 0
-  ///         items. Aborts with an ML_LEQ_CHK report (CDataset.h, line
-  ///         1314) when iNbItems > items().
+  ///         items. Aborts with an ML_LEQ_CHK report at
+  ///         detail::kSubsetCountCheck when iNbItems > items().
   CDataset<T> subset(int iNbItems) const;
   /// \return \p k folds; item i goes to fold i % k, in item order. Each
   ///         fold has grow size 1000 and info "none"; k <= 0 gives no folds.

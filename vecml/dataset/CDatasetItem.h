@@ -64,8 +64,9 @@ class VECML_API CDatasetItem : public CObject<T> {
   /// output vector (with separators before names and vectors on storing).
   /// Loading deletes both vectors and creates them through CObjectFactory;
   /// a class it cannot produce prints "Unable to produce CVector object"
-  /// through ML_CRITICAL_MSG (CDatasetItem.h, line 345 for the input, 350
-  /// for the output) and aborts. \return true.
+  /// through ML_CRITICAL_MSG (at detail::kItemInputProduction for the
+  /// input, detail::kItemOutputProduction for the output) and aborts.
+  /// \return true.
   bool serialize2(CArchiv& archive) override;
   /// \return "CDatasetItem".
   std::string className() const override;

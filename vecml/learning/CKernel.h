@@ -364,10 +364,11 @@ class VECML_API CChiSquaredKernel : public CKernel<T> {
 /// plug-in: factoryObject() is empty.
 ///
 /// requires: the operands have the bandwidth vector's dimension. The array
-/// form aborts with "ML_EQ_CHK failed in File: CKernel.cpp Line: 548.
-/// iDim=<iDim> != <dimension>"; the forms with a vector argument abort with
-/// "ML_EQ_CHK failed in File: CKernel.cpp Line: 538.
-/// bandwidthVector.dimension()=<dimension> != <rtVector1.dimension()>".
+/// form aborts with "ML_EQ_CHK failed in File: <file> Line: <line>.
+/// iDim=<iDim> != <dimension>" at detail::kKernelArrayDimensionCheck; the
+/// forms with a vector argument abort with "ML_EQ_CHK failed in File:
+/// <file> Line: <line>. bandwidthVector.dimension()=<dimension> !=
+/// <rtVector1.dimension()>" at detail::kKernelVectorDimensionCheck.
 template <typename T>
 class VECML_API CMultiVariateGaussianKernel : public CKernel<T> {
  public:

@@ -83,16 +83,18 @@ class VECML_API CDenseVector : public CVector<T> {
   /// int sums wrap; the int root is truncated toward zero.
   T euclideanLength(bool squared) const override;
 
-  /// requires: 0 <= i; i >= dimension() aborts with an ML_LS_CHK report.
+  /// requires: 0 <= i; i >= dimension() aborts with an ML_LS_CHK report
+  /// at detail::kDenseConstIndexCheck.
   const T& operator[](int i) const override {
     if (static_cast<unsigned>(i) < static_cast<unsigned>(dim)) return data[i];
-    ML_LS_CHK_AT(i, dim, "CDenseVector.h", 168);
+    ML_LS_CHK_AT(i, dim, vecml::detail::kDenseConstIndexCheck);
     return vecml::detail::zeroElement<T>();
   }
-  /// requires: 0 <= i; i >= dimension() aborts with an ML_LS_CHK report.
+  /// requires: 0 <= i; i >= dimension() aborts with an ML_LS_CHK report
+  /// at detail::kDenseIndexCheck.
   T& operator[](int i) {
     if (static_cast<unsigned>(i) < static_cast<unsigned>(dim)) return data[i];
-    ML_LS_CHK_AT(i, dim, "CDenseVector.h", 179);
+    ML_LS_CHK_AT(i, dim, vecml::detail::kDenseIndexCheck);
     return vecml::detail::discardedElement<T>();
   }
   /// Unchecked read. requires: 0 <= i < dimension() (otherwise 0).
