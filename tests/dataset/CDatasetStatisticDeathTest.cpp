@@ -4,7 +4,7 @@
 
 #include "dataset/CDatasetStatisticTestSupport.h"
 #include "vecml/dataset/CDatasetStatistic.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 
 #include "dataset/CDatasetStatisticTestSupport.h"
 #include "vecml/dataset/CDatasetStatistic.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 
 namespace {
 

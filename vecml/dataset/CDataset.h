@@ -16,8 +16,8 @@
 #include "vecml/core/Forward.h"
 #include "vecml/core/Macros.h"
 #include "vecml/dataset/CDatasetItem.h"
-#include "vecml/learning/CMetric.h"
 #include "vecml/matrix/CMatrix.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CVector.h"
 
 /// Ordered items (held by value, each owning its vectors), the type tag

@@ -6,7 +6,7 @@
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/dataset/CDataset.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 
 // Free function templates for float and double that rescale, centre,

@@ -10,8 +10,8 @@
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/dataset/CDataset.h"
-#include "vecml/learning/CMetric.h"
 #include "vecml/matrix/CMatrix.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 
 /// Statistics over the input vectors of a dataset that the object points to

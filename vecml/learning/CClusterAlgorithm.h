@@ -10,7 +10,7 @@
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/dataset/CDataset.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CVector.h"
 
 /// Abstract base of prototype-based clustering algorithms, instantiated for

@@ -1,4 +1,4 @@
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 
 #include <cmath>
 

@@ -4,8 +4,8 @@
 // reference vector is moved towards a sample in the metric's own geometry.
 // Metrics hold no data: one object may be shared freely, and whoever is
 // handed a metric pointer decides on its ownership.
-#ifndef VECML_LEARNING_CMETRIC_H
-#define VECML_LEARNING_CMETRIC_H
+#ifndef VECML_METRIC_CMETRIC_H
+#define VECML_METRIC_CMETRIC_H
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "vecml/learning/CKernel.h"
+#include "vecml/kernel/CKernel.h"
 
 #include <cmath>
 #include <iostream>

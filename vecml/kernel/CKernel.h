@@ -5,8 +5,8 @@
 // product). The object factory finds a kernel's plug-in by the file name
 // that factoryObject() returns. Several formulas differ on purpose from the
 // textbook kernels of the same name; each class says what it computes.
-#ifndef VECML_LEARNING_CKERNEL_H
-#define VECML_LEARNING_CKERNEL_H
+#ifndef VECML_KERNEL_CKERNEL_H
+#define VECML_KERNEL_CKERNEL_H
 
 #include <fstream>
 #include <string>
