@@ -558,13 +558,6 @@ int CMatrix<T>::importFromStandardMatFile(const char* fileName,
 }
 
 template <typename T>
-CMatrix<T> CDenseVector<T>::asMatrix() const {
-  CMatrix<T> column(dimension(), 1);
-  std::copy(begin(), end(), column._data());
-  return column;
-}
-
-template <typename T>
 CMatrix<T> operator+(const CMatrix<T>& a, const CMatrix<T>& b) {
   CMatrix<T> sum(a);
   sum += b;
@@ -672,53 +665,6 @@ void load(CMatrix<T>& m, const char* path) {
 }
 
 template <typename T>
-bool CDenseVector<T>::exportToMatFile(const char* fileName,
-                                      const char* variableName,
-                                      bool append) const {
-  return vecml::detail::writeMatRecord<std::int64_t>(
-      fileName, variableName, append, dimension(), 1, _data(), dimension());
-}
-
-template <typename T>
-int CDenseVector<T>::importFromMatFile(const char* fileName,
-                                       const char* variableName) {
-  CDenseVector<T>& v = *this;
-  return vecml::detail::importMatRecord<T>(
-      fileName, variableName, [&v](const vecml::detail::MatRecordShape& shape) {
-        using Target = vecml::detail::MatImportTarget<T>;
-        if (shape.rows > 1 && shape.columns > 1) return Target{-2, nullptr, 0};
-        const std::int64_t n = std::max(shape.rows, shape.columns);
-        if (shape.rows < 0 || shape.columns < 0 ||
-            !vecml::detail::matElementsFitFile(n, sizeof(T), shape.fileLength))
-          return Target{-3, nullptr, 0};
-        v.resize(static_cast<int>(n));
-        return Target{0, v._data(), n};
-      });
-}
-
-template <typename T>
-bool CDenseVector<T>::exportToStandardMatFile(const char* fileName,
-                                              const char* variableName,
-                                              bool append) const {
-  return vecml::detail::writeMatRecord<std::int32_t>(
-      fileName, variableName, append, dimension(), 1, _data(), dimension());
-}
-
-template <typename T>
-int CDenseVector<T>::importFromStandardMatFile(const char* fileName,
-                                               const char* variableName) {
-  return vecml::detail::importStandardMatRecord<T>(
-      fileName, variableName, [this](int rows, int columns, auto read) {
-        if (rows > 1 && columns > 1) return vecml::detail::kMatNotAVector;
-        // One count is at most 1, so the product fits in int.
-        CDenseVector<T> loaded(rows * columns);
-        if (!read(loaded._data())) return vecml::detail::kMatUnreadable;
-        *this = std::move(loaded);
-        return vecml::detail::kMatFound;
-      });
-}
-
-template <typename T>
 void nDimFor(const std::vector<T>& start, const std::vector<T>& end,
              std::vector<T>& counter, bool init) {
   stepOdometer(start, end, counter, init, true);
@@ -754,14 +700,6 @@ VECML_MATRIX_INSTANTIATE_FLOATING_(double)
 #undef VECML_MATRIX_INSTANTIATE_FLOATING_
 
 #define VECML_MATRIX_INSTANTIATE_ALL_(T)                                     \
-  template CMatrix<T> CDenseVector<T>::asMatrix() const;                     \
-  template bool CDenseVector<T>::exportToMatFile(const char*, const char*,   \
-                                                 bool) const;                \
-  template int CDenseVector<T>::importFromMatFile(const char*, const char*); \
-  template bool CDenseVector<T>::exportToStandardMatFile(                    \
-      const char*, const char*, bool) const;                                 \
-  template int CDenseVector<T>::importFromStandardMatFile(const char*,       \
-                                                          const char*);      \
   template void nDimFor(const std::vector<T>&, const std::vector<T>&,        \
                         std::vector<T>&, bool);                              \
   template void nDimForReverse(const std::vector<T>&, const std::vector<T>&, \
