@@ -9,6 +9,7 @@
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/core/Macros.h"
+#include "vecml/core/NumericalHelpers.h"
 #include "vecml/core/Types.h"
 #include "vecml/dataset/CCsvFile.h"
 #include "vecml/dataset/CDataset.h"
