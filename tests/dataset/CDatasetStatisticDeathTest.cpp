@@ -38,7 +38,7 @@ TYPED_TEST(CDatasetStatisticDeathTest, RepresentativeBeyondTheMapAborts) {
   const CEuclideanMetric<TypeParam> inputMetric;
   const CDatasetStatistic<TypeParam> statistic(&data);
   EXPECT_DEATH(statistic.spearman(2, mapData, mapMetric, inputMetric),
-               HasSubstr("ML_LS_CHK failed in File: CDatasetStatistic.cpp "));
+               HasSubstr("ML_LS_CHK failed in File: CDatasetStatisticRank.cpp "));
   EXPECT_DEATH(statistic.rankMapSpace(2, mapData, mapMetric),
                HasSubstr(". representative=2 >= 2"));
 }
@@ -49,7 +49,7 @@ TYPED_TEST(CDatasetStatisticDeathTest, NegativeRepresentativeAborts) {
   const CEuclideanMetric<double> mapMetric;
   EXPECT_DEATH(
       CDatasetStatistic<TypeParam>(&data).rankMapSpace(2, mapData, mapMetric),
-      HasSubstr("ML_GEQ_CHK failed in File: CDatasetStatistic.cpp "));
+      HasSubstr("ML_GEQ_CHK failed in File: CDatasetStatisticRank.cpp "));
   EXPECT_DEATH(
       CDatasetStatistic<TypeParam>(&data).rankMapSpace(2, mapData, mapMetric),
       HasSubstr(". representative=-1 < 0"));
