@@ -137,9 +137,7 @@ T getRank(int k, int n, T* arr) {
   }
 }
 
-template int getRank<int>(int, int, int*);
-template float getRank<float>(int, int, float*);
-template double getRank<double>(int, int, double*);
+VECML_FOR_ELEMENT_TYPES(VECML_GETRANK_INSTANTIATIONS, template)
 
 namespace vecml::detail {
 

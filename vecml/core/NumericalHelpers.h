@@ -5,6 +5,7 @@
 #define VECML_CORE_NUMERICALHELPERS_H
 
 #include "vecml/core/Export.h"
+#include "vecml/core/detail/Instantiation.h"
 
 // Numerical helpers. factrl and factln keep process-wide caches and
 // gauss_rnd and init_rnd_seed share the C library's generator: callers on
@@ -50,8 +51,8 @@ VECML_API void init_rnd_seed();
 template <typename T>
 VECML_API T getRank(int k, int n, T* arr);
 
-extern template int getRank<int>(int, int, int*);
-extern template float getRank<float>(int, int, float*);
-extern template double getRank<double>(int, int, double*);
+#define VECML_GETRANK_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE T getRank<T>(int, int, T*);
+VECML_FOR_ELEMENT_TYPES(VECML_GETRANK_INSTANTIATIONS, extern template)
 
 #endif

@@ -535,19 +535,4 @@ bool CCsvFile::write(const char* fileName, const CDataset<T>& data,
   return written;
 }
 
-template bool CCsvFile::read<float>(std::istream&, CDataset<float>&,
-                                    std::string&) const;
-template bool CCsvFile::read<double>(std::istream&, CDataset<double>&,
-                                     std::string&) const;
-template bool CCsvFile::read<float>(const char*, CDataset<float>&,
-                                    std::string&) const;
-template bool CCsvFile::read<double>(const char*, CDataset<double>&,
-                                     std::string&) const;
-template bool CCsvFile::write<float>(std::ostream&, const CDataset<float>&,
-                                     std::string&) const;
-template bool CCsvFile::write<double>(std::ostream&, const CDataset<double>&,
-                                      std::string&) const;
-template bool CCsvFile::write<float>(const char*, const CDataset<float>&,
-                                     std::string&) const;
-template bool CCsvFile::write<double>(const char*, const CDataset<double>&,
-                                      std::string&) const;
+VECML_FOR_FLOATING_TYPES(VECML_CSV_FILE_INSTANTIATIONS, template)

@@ -324,5 +324,4 @@ CMatrix<T> CDataset<T>::getOutputMatrix() const {
                     &CDatasetItem<T>::getOutputComponent);
 }
 
-template class CDataset<float>;
-template class CDataset<double>;
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_INSTANTIATIONS, template)

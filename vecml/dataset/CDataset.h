@@ -15,6 +15,7 @@
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/core/Macros.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/dataset/CDatasetItem.h"
 #include "vecml/matrix/CMatrix.h"
 #include "vecml/metric/CMetric.h"
@@ -368,7 +369,8 @@ class VECML_API CDataset : public CObject<T> {
   void* meta;
 };
 
-extern template class CDataset<float>;
-extern template class CDataset<double>;
+#define VECML_DATASET_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CDataset<T>;
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_INSTANTIATIONS, extern template)
 
 #endif

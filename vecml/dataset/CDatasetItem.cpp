@@ -204,5 +204,4 @@ CDatasetItem<double>* CDatasetItem<T>::convertToDouble() const {
   }
 }
 
-template class CDatasetItem<float>;
-template class CDatasetItem<double>;
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_ITEM_INSTANTIATIONS, template)

@@ -8,6 +8,7 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/vector/CVector.h"
 
 /// One record of a dataset: an input vector, an output (target) vector and
@@ -127,7 +128,8 @@ class VECML_API CDatasetItem : public CObject<T> {
   int itemId;
 };
 
-extern template class CDatasetItem<float>;
-extern template class CDatasetItem<double>;
+#define VECML_DATASET_ITEM_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CDatasetItem<T>;
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_ITEM_INSTANTIATIONS, extern template)
 
 #endif

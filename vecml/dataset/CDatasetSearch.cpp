@@ -211,31 +211,31 @@ int CDataset<T>::bestMatchIDInput(const CVector<T>& query,
   return bestMatchID(query, metric, true, from, to, exclude);
 }
 
-#define VECML_DATASET_SEARCH_INSTANTIATE_(T)                                  \
-  template void CDataset<T>::bestMatch(const CVector<T>&, const CMetric<T>&,  \
-                                       bool, int, int, int, int&, T&) const;  \
-  template int CDataset<T>::bestMatchID(const CVector<T>&, const CMetric<T>&, \
-                                        bool, int, int, int) const;           \
-  template int CDataset<T>::getBestMatchIDInput(const CVector<T>&,            \
+#define VECML_DATASET_SEARCH_INSTANTIATE_(INSTANTIATE, T)                     \
+  INSTANTIATE void CDataset<T>::bestMatch(                                    \
+      const CVector<T>&, const CMetric<T>&, bool, int, int, int, int&, T&)    \
+      const;                                                                  \
+  INSTANTIATE int CDataset<T>::bestMatchID(                                   \
+      const CVector<T>&, const CMetric<T>&, bool, int, int, int) const;       \
+  INSTANTIATE int CDataset<T>::getBestMatchIDInput(const CVector<T>&,         \
+                                                   const CMetric<T>&) const;  \
+  INSTANTIATE int CDataset<T>::bestMatchIDInput(const CVector<T>&,            \
                                                 const CMetric<T>&) const;     \
-  template int CDataset<T>::bestMatchIDInput(const CVector<T>&,               \
-                                             const CMetric<T>&) const;        \
-  template int CDataset<T>::getBestMatchIDOutput(const CVector<T>&,           \
+  INSTANTIATE int CDataset<T>::getBestMatchIDOutput(const CVector<T>&,        \
+                                                    const CMetric<T>&) const; \
+  INSTANTIATE int CDataset<T>::bestMatchIDOutput(const CVector<T>&,           \
                                                  const CMetric<T>&) const;    \
-  template int CDataset<T>::bestMatchIDOutput(const CVector<T>&,              \
-                                              const CMetric<T>&) const;       \
-  template void CDataset<T>::getBestMatchInput(                               \
+  INSTANTIATE void CDataset<T>::getBestMatchInput(                            \
       const CVector<T>&, const CMetric<T>&, int&, T&) const;                  \
-  template void CDataset<T>::bestMatchInput(                                  \
+  INSTANTIATE void CDataset<T>::bestMatchInput(                               \
       const CVector<T>&, const CMetric<T>&, int&, T&) const;                  \
-  template void CDataset<T>::getBestMatchOutput(                              \
+  INSTANTIATE void CDataset<T>::getBestMatchOutput(                           \
       const CVector<T>&, const CMetric<T>&, int&, T&) const;                  \
-  template void CDataset<T>::bestMatchOutput(                                 \
+  INSTANTIATE void CDataset<T>::bestMatchOutput(                              \
       const CVector<T>&, const CMetric<T>&, int&, T&) const;                  \
-  template int CDataset<T>::bestMatchIDInput(                                 \
+  INSTANTIATE int CDataset<T>::bestMatchIDInput(                              \
       const CVector<T>&, const CMetric<T>&, int, int) const;                  \
-  template int CDataset<T>::bestMatchIDInput(                                 \
+  INSTANTIATE int CDataset<T>::bestMatchIDInput(                              \
       const CVector<T>&, const CMetric<T>&, int, int, int) const;
-VECML_DATASET_SEARCH_INSTANTIATE_(float)
-VECML_DATASET_SEARCH_INSTANTIATE_(double)
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_SEARCH_INSTANTIATE_, template)
 #undef VECML_DATASET_SEARCH_INSTANTIATE_

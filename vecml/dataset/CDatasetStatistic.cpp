@@ -305,5 +305,4 @@ CMatrix<T> CDatasetStatistic<T>::getAutoCorrelation() const {
   return correlation;
 }
 
-template class CDatasetStatistic<float>;
-template class CDatasetStatistic<double>;
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_STATISTIC_INSTANTIATIONS, template)

@@ -9,6 +9,7 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/matrix/CMatrix.h"
 #include "vecml/metric/CMetric.h"
@@ -197,7 +198,9 @@ class VECML_API CDatasetStatistic : public CObject<T> {
   CDataset<T>* dataset;
 };
 
-extern template class CDatasetStatistic<float>;
-extern template class CDatasetStatistic<double>;
+#define VECML_DATASET_STATISTIC_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CDatasetStatistic<T>;
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_STATISTIC_INSTANTIATIONS,
+                         extern template)
 
 #endif

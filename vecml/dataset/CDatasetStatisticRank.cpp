@@ -181,14 +181,13 @@ CDataset<T>* CDatasetStatistic<T>::rankMapSpace(
   });
 }
 
-#define VECML_STATISTIC_RANK_INSTANTIATE_(T)                                   \
-  template T CDatasetStatistic<T>::spearman(                                   \
+#define VECML_STATISTIC_RANK_INSTANTIATE_(INSTANTIATE, T)                      \
+  INSTANTIATE T CDatasetStatistic<T>::spearman(                                \
       int, const CDataset<double>&, const CMetric<double>&, const CMetric<T>&) \
       const;                                                                   \
-  template CDataset<T>* CDatasetStatistic<T>::rankInputSpace(                  \
+  INSTANTIATE CDataset<T>* CDatasetStatistic<T>::rankInputSpace(               \
       int, const CMetric<T>&) const;                                           \
-  template CDataset<T>* CDatasetStatistic<T>::rankMapSpace(                    \
+  INSTANTIATE CDataset<T>* CDatasetStatistic<T>::rankMapSpace(                 \
       int, const CDataset<double>&, const CMetric<double>&) const;
-VECML_STATISTIC_RANK_INSTANTIATE_(float)
-VECML_STATISTIC_RANK_INSTANTIATE_(double)
+VECML_FOR_FLOATING_TYPES(VECML_STATISTIC_RANK_INSTANTIATE_, template)
 #undef VECML_STATISTIC_RANK_INSTANTIATE_

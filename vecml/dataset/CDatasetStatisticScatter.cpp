@@ -129,10 +129,9 @@ CMatrix<T> CDatasetStatistic<T>::getLDA() const {
   return CMatrix<T>() * CMatrix<T>();
 }
 
-#define VECML_STATISTIC_SCATTER_INSTANTIATE_(T)            \
-  template CMatrix<T> CDatasetStatistic<T>::getSW() const; \
-  template CMatrix<T> CDatasetStatistic<T>::getSB() const; \
-  template CMatrix<T> CDatasetStatistic<T>::getLDA() const;
-VECML_STATISTIC_SCATTER_INSTANTIATE_(float)
-VECML_STATISTIC_SCATTER_INSTANTIATE_(double)
+#define VECML_STATISTIC_SCATTER_INSTANTIATE_(INSTANTIATE, T)  \
+  INSTANTIATE CMatrix<T> CDatasetStatistic<T>::getSW() const; \
+  INSTANTIATE CMatrix<T> CDatasetStatistic<T>::getSB() const; \
+  INSTANTIATE CMatrix<T> CDatasetStatistic<T>::getLDA() const;
+VECML_FOR_FLOATING_TYPES(VECML_STATISTIC_SCATTER_INSTANTIATE_, template)
 #undef VECML_STATISTIC_SCATTER_INSTANTIATE_

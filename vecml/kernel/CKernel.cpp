@@ -666,18 +666,4 @@ T CEpanechnikovKernel<T>::execute(T x) const {
   return std::exp(-x / (sigma * sigma));
 }
 
-#define VECML_INSTANTIATE_KERNELS_(T)            \
-  template class CKernel<T>;                     \
-  template class CGaussianKernel<T>;             \
-  template class CPlummerKernel<T>;              \
-  template class CTriangularKernel<T>;           \
-  template class CLinearKernel<T>;               \
-  template class CPolynomialKernel<T>;           \
-  template class CDoubleExponentialKernel<T>;    \
-  template class CAnovaKernel<T>;                \
-  template class CChiSquaredKernel<T>;           \
-  template class CMultiVariateGaussianKernel<T>; \
-  template class CEpanechnikovKernel<T>;
-VECML_INSTANTIATE_KERNELS_(float)
-VECML_INSTANTIATE_KERNELS_(double)
-#undef VECML_INSTANTIATE_KERNELS_
+VECML_FOR_FLOATING_TYPES(VECML_KERNEL_INSTANTIATIONS, template)

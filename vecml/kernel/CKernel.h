@@ -14,6 +14,7 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CVector.h"
 
@@ -433,20 +434,18 @@ class VECML_API CEpanechnikovKernel : public CKernel<T> {
   std::string factoryObject() override;
 };
 
-#define VECML_DECLARE_KERNELS_(T)                       \
-  extern template class CKernel<T>;                     \
-  extern template class CGaussianKernel<T>;             \
-  extern template class CPlummerKernel<T>;              \
-  extern template class CTriangularKernel<T>;           \
-  extern template class CLinearKernel<T>;               \
-  extern template class CPolynomialKernel<T>;           \
-  extern template class CDoubleExponentialKernel<T>;    \
-  extern template class CAnovaKernel<T>;                \
-  extern template class CChiSquaredKernel<T>;           \
-  extern template class CMultiVariateGaussianKernel<T>; \
-  extern template class CEpanechnikovKernel<T>;
-VECML_DECLARE_KERNELS_(float)
-VECML_DECLARE_KERNELS_(double)
-#undef VECML_DECLARE_KERNELS_
+#define VECML_KERNEL_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CKernel<T>;                     \
+  INSTANTIATE class CGaussianKernel<T>;             \
+  INSTANTIATE class CPlummerKernel<T>;              \
+  INSTANTIATE class CTriangularKernel<T>;           \
+  INSTANTIATE class CLinearKernel<T>;               \
+  INSTANTIATE class CPolynomialKernel<T>;           \
+  INSTANTIATE class CDoubleExponentialKernel<T>;    \
+  INSTANTIATE class CAnovaKernel<T>;                \
+  INSTANTIATE class CChiSquaredKernel<T>;           \
+  INSTANTIATE class CMultiVariateGaussianKernel<T>; \
+  INSTANTIATE class CEpanechnikovKernel<T>;
+VECML_FOR_FLOATING_TYPES(VECML_KERNEL_INSTANTIATIONS, extern template)
 
 #endif

@@ -63,16 +63,15 @@ int CDenseVector<T>::importFromStandardMatFile(const char* fileName,
       });
 }
 
-#define VECML_DENSE_VECTOR_MATRIX_INSTANTIATE_(T)                            \
-  template CMatrix<T> CDenseVector<T>::asMatrix() const;                     \
-  template bool CDenseVector<T>::exportToMatFile(const char*, const char*,   \
-                                                 bool) const;                \
-  template int CDenseVector<T>::importFromMatFile(const char*, const char*); \
-  template bool CDenseVector<T>::exportToStandardMatFile(                    \
-      const char*, const char*, bool) const;                                 \
-  template int CDenseVector<T>::importFromStandardMatFile(const char*,       \
-                                                          const char*);
-VECML_DENSE_VECTOR_MATRIX_INSTANTIATE_(int)
-VECML_DENSE_VECTOR_MATRIX_INSTANTIATE_(float)
-VECML_DENSE_VECTOR_MATRIX_INSTANTIATE_(double)
+#define VECML_DENSE_VECTOR_MATRIX_INSTANTIATE_(INSTANTIATE, T)                \
+  INSTANTIATE CMatrix<T> CDenseVector<T>::asMatrix() const;                   \
+  INSTANTIATE bool CDenseVector<T>::exportToMatFile(const char*, const char*, \
+                                                    bool) const;              \
+  INSTANTIATE int CDenseVector<T>::importFromMatFile(const char*,             \
+                                                     const char*);            \
+  INSTANTIATE bool CDenseVector<T>::exportToStandardMatFile(                  \
+      const char*, const char*, bool) const;                                  \
+  INSTANTIATE int CDenseVector<T>::importFromStandardMatFile(const char*,     \
+                                                             const char*);
+VECML_FOR_ELEMENT_TYPES(VECML_DENSE_VECTOR_MATRIX_INSTANTIATE_, template)
 #undef VECML_DENSE_VECTOR_MATRIX_INSTANTIATE_

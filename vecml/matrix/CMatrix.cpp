@@ -431,6 +431,4 @@ std::ostream& CMatrix<T>::dump(std::ostream& os) const {
   return os;
 }
 
-template class CMatrix<int>;
-template class CMatrix<float>;
-template class CMatrix<double>;
+VECML_FOR_ELEMENT_TYPES(VECML_MATRIX_INSTANTIATIONS, template)

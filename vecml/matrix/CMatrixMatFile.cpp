@@ -58,14 +58,13 @@ int CMatrix<T>::importFromStandardMatFile(const char* fileName,
       });
 }
 
-#define VECML_MATRIX_MAT_FILE_INSTANTIATE_(T)                                 \
-  template bool CMatrix<T>::exportToMatFile(const char*, const char*, bool)   \
-      const;                                                                  \
-  template int CMatrix<T>::importFromMatFile(const char*, const char*);       \
-  template bool CMatrix<T>::exportToStandardMatFile(const char*, const char*, \
-                                                    bool) const;              \
-  template int CMatrix<T>::importFromStandardMatFile(const char*, const char*);
-VECML_MATRIX_MAT_FILE_INSTANTIATE_(int)
-VECML_MATRIX_MAT_FILE_INSTANTIATE_(float)
-VECML_MATRIX_MAT_FILE_INSTANTIATE_(double)
+#define VECML_MATRIX_MAT_FILE_INSTANTIATE_(INSTANTIATE, T)                     \
+  INSTANTIATE bool CMatrix<T>::exportToMatFile(const char*, const char*, bool) \
+      const;                                                                   \
+  INSTANTIATE int CMatrix<T>::importFromMatFile(const char*, const char*);     \
+  INSTANTIATE bool CMatrix<T>::exportToStandardMatFile(                        \
+      const char*, const char*, bool) const;                                   \
+  INSTANTIATE int CMatrix<T>::importFromStandardMatFile(const char*,           \
+                                                        const char*);
+VECML_FOR_ELEMENT_TYPES(VECML_MATRIX_MAT_FILE_INSTANTIATE_, template)
 #undef VECML_MATRIX_MAT_FILE_INSTANTIATE_

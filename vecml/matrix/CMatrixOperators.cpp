@@ -126,19 +126,4 @@ CMatrix<T> outerProduct(const CDenseVector<T>& a, const CDenseVector<T>& b) {
   return product;
 }
 
-#define VECML_MATRIX_OPERATORS_INSTANTIATE_(T)                              \
-  template CMatrix<T> operator+(const CMatrix<T>&, const CMatrix<T>&);      \
-  template CMatrix<T> operator-(const CMatrix<T>&, const CMatrix<T>&);      \
-  template CMatrix<T> elementMul(const CMatrix<T>&, const CMatrix<T>&);     \
-  template CMatrix<T> elementDiv(const CMatrix<T>&, const CMatrix<T>&);     \
-  template CMatrix<T> operator+(const CMatrix<T>&, const T&);               \
-  template CMatrix<T> operator-(const CMatrix<T>&, const T&);               \
-  template CMatrix<T> operator*(const CMatrix<T>&, const T&);               \
-  template CMatrix<T> operator/(const CMatrix<T>&, const T&);               \
-  template CMatrix<T> operator*(const CMatrix<T>&, const CMatrix<T>&);      \
-  template CDenseVector<T> operator*(const CMatrix<T>&, const CVector<T>&); \
-  template CMatrix<T> outerProduct(const CDenseVector<T>&,                  \
-                                   const CDenseVector<T>&);
-VECML_MATRIX_OPERATORS_INSTANTIATE_(float)
-VECML_MATRIX_OPERATORS_INSTANTIATE_(double)
-#undef VECML_MATRIX_OPERATORS_INSTANTIATE_
+VECML_FOR_FLOATING_TYPES(VECML_MATRIX_OPERATOR_INSTANTIATIONS, template)

@@ -48,9 +48,4 @@ void load(CMatrix<T>& m, const char* path) {
   for (int k = 0; k < storedCount(m); ++k) in >> data[k];
 }
 
-#define VECML_MATRIX_TEXT_FILE_INSTANTIATE_(T)        \
-  template void save(const CMatrix<T>&, const char*); \
-  template void load(CMatrix<T>&, const char*);
-VECML_MATRIX_TEXT_FILE_INSTANTIATE_(float)
-VECML_MATRIX_TEXT_FILE_INSTANTIATE_(double)
-#undef VECML_MATRIX_TEXT_FILE_INSTANTIATE_
+VECML_FOR_FLOATING_TYPES(VECML_MATRIX_TEXT_FILE_INSTANTIATIONS, template)

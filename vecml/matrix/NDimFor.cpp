@@ -43,12 +43,4 @@ void nDimForReverse(const std::vector<T>& start, const std::vector<T>& end,
   stepOdometer(start, end, counter, init, false);
 }
 
-#define VECML_NDIMFOR_INSTANTIATE_(T)                                        \
-  template void nDimFor(const std::vector<T>&, const std::vector<T>&,        \
-                        std::vector<T>&, bool);                              \
-  template void nDimForReverse(const std::vector<T>&, const std::vector<T>&, \
-                               std::vector<T>&, bool);
-VECML_NDIMFOR_INSTANTIATE_(int)
-VECML_NDIMFOR_INSTANTIATE_(float)
-VECML_NDIMFOR_INSTANTIATE_(double)
-#undef VECML_NDIMFOR_INSTANTIATE_
+VECML_FOR_ELEMENT_TYPES(VECML_NDIMFOR_INSTANTIATIONS, template)

@@ -11,6 +11,7 @@
 
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/vector/CVector.h"
 
 /// The null metric (distance 0, no adaptation) and base of all metrics,
@@ -193,18 +194,16 @@ class VECML_API CHyperbolicMetric : public CMetric<T> {
   T distance(const CVector<T>& a, const CVector<T>& b) const override;
 };
 
-#define VECML_DECLARE_METRICS_(T)             \
-  extern template class CMetric<T>;           \
-  extern template class CEuclideanMetric<T>;  \
-  extern template class CEuclideanMetric2<T>; \
-  extern template class CManhattenMetric<T>;  \
-  extern template class CMaximumMetric<T>;    \
-  extern template class CScalarMetric<T>;     \
-  extern template class CCoCosineMetric<T>;   \
-  extern template class CAngleMetric<T>;      \
-  extern template class CHyperbolicMetric<T>;
-VECML_DECLARE_METRICS_(float)
-VECML_DECLARE_METRICS_(double)
-#undef VECML_DECLARE_METRICS_
+#define VECML_METRIC_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CMetric<T>;                     \
+  INSTANTIATE class CEuclideanMetric<T>;            \
+  INSTANTIATE class CEuclideanMetric2<T>;           \
+  INSTANTIATE class CManhattenMetric<T>;            \
+  INSTANTIATE class CMaximumMetric<T>;              \
+  INSTANTIATE class CScalarMetric<T>;               \
+  INSTANTIATE class CCoCosineMetric<T>;             \
+  INSTANTIATE class CAngleMetric<T>;                \
+  INSTANTIATE class CHyperbolicMetric<T>;
+VECML_FOR_FLOATING_TYPES(VECML_METRIC_INSTANTIATIONS, extern template)
 
 #endif

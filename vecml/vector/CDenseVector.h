@@ -9,6 +9,7 @@
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/core/Macros.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/core/detail/OutOfRange.h"
 #include "vecml/vector/CVector.h"
 
@@ -226,14 +227,10 @@ template <typename T>
 VECML_API CDenseVector<T> elementMul(const CDenseVector<T>& x,
                                      const CDenseVector<T>& y);
 
-extern template class CDenseVector<int>;
-extern template class CDenseVector<float>;
-extern template class CDenseVector<double>;
-extern template CDenseVector<int> elementMul(const CDenseVector<int>&,
-                                             const CDenseVector<int>&);
-extern template CDenseVector<float> elementMul(const CDenseVector<float>&,
-                                               const CDenseVector<float>&);
-extern template CDenseVector<double> elementMul(const CDenseVector<double>&,
-                                                const CDenseVector<double>&);
+#define VECML_DENSE_VECTOR_INSTANTIATIONS(INSTANTIATE, T)        \
+  INSTANTIATE class CDenseVector<T>;                             \
+  INSTANTIATE CDenseVector<T> elementMul(const CDenseVector<T>&, \
+                                         const CDenseVector<T>&);
+VECML_FOR_ELEMENT_TYPES(VECML_DENSE_VECTOR_INSTANTIATIONS, extern template)
 
 #endif

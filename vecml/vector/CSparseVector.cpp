@@ -231,13 +231,4 @@ CSparseVector<T> elementMul(const CSparseVector<T>& v, const CVector<T>& w) {
   return withoutZeros(copy);
 }
 
-#define VECML_INSTANTIATE_SPARSE_(T)                                      \
-  template class CSparseVector<T>;                                        \
-  template CSparseVector<T> operator*(const CSparseVector<T>&, const T&); \
-  template CSparseVector<T> operator*(const T&, const CSparseVector<T>&); \
-  template CSparseVector<T> operator/(const CSparseVector<T>&, const T&); \
-  template CSparseVector<T> elementMul(const CSparseVector<T>&,           \
-                                       const CVector<T>&);
-VECML_INSTANTIATE_SPARSE_(int)
-VECML_INSTANTIATE_SPARSE_(float)
-VECML_INSTANTIATE_SPARSE_(double)
+VECML_FOR_ELEMENT_TYPES(VECML_SPARSE_VECTOR_INSTANTIATIONS, template)

@@ -595,6 +595,4 @@ CVectorOperations<T>::getElementAdapt(const CVector<T>& dst,
   return lookupInplaceFunctionArg(elementAdapt, dst, src);
 }
 
-template class CVectorOperations<int>;
-template class CVectorOperations<float>;
-template class CVectorOperations<double>;
+VECML_FOR_ELEMENT_TYPES(VECML_VECTOR_OPERATIONS_INSTANTIATIONS, template)

@@ -6,6 +6,7 @@
 
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/vector/CVector.h"
 
 /// One table of four kernels per binary vector operation, indexed by the
@@ -108,8 +109,8 @@ class VECML_API CVectorOperations {
   InplaceFunctionArg elementAdapt[4];
 };
 
-extern template class CVectorOperations<int>;
-extern template class CVectorOperations<float>;
-extern template class CVectorOperations<double>;
+#define VECML_VECTOR_OPERATIONS_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CVectorOperations<T>;
+VECML_FOR_ELEMENT_TYPES(VECML_VECTOR_OPERATIONS_INSTANTIATIONS, extern template)
 
 #endif

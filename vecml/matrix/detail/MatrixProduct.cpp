@@ -264,11 +264,6 @@ void multiplyColumnMajor(const ProductOperands<T>& p) {
   multiplyColumnMajor(p, cpuLevel());
 }
 
-template void multiplyColumnMajor<float>(const ProductOperands<float>&,
-                                         CpuLevel);
-template void multiplyColumnMajor<double>(const ProductOperands<double>&,
-                                          CpuLevel);
-template void multiplyColumnMajor<float>(const ProductOperands<float>&);
-template void multiplyColumnMajor<double>(const ProductOperands<double>&);
+VECML_FOR_FLOATING_TYPES(VECML_MATRIX_PRODUCT_INSTANTIATIONS, template)
 
 }  // namespace vecml::detail
