@@ -7,6 +7,7 @@
 
 #include "vecml/core/Macros.h"
 #include "vecml/core/detail/NumericalHelperCaches.h"
+#include "vecml/core/detail/RandomScale.h"
 
 namespace {
 
@@ -21,13 +22,11 @@ int factorialTop = 4;
 // ln 0! ... ln 100!; 0.0 marks an entry not yet computed.
 double logFactorials[kLastCachedLogFactorial + 1];
 
-// 2^-31: maps rand() (at most 2^31 - 1 here) into [0, 1).
-constexpr double kRandScale = 1.0 / 2147483648.0;
-
 // One coordinate of the polar method, in [-1, 1): formed in double from the
 // next rand() and narrowed to float.
 float randomCoordinate() {
-  return static_cast<float>(2.0 * (std::rand() * kRandScale) - 1.0);
+  return static_cast<float>(2.0 * (std::rand() * vecml::detail::kRandScale) -
+                            1.0);
 }
 
 }  // namespace

@@ -4,19 +4,17 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
-#include <ctime>
 #include <memory>
 #include <utility>
 
 #include "vecml/core/Macros.h"
+#include "vecml/core/NumericalHelpers.h"
 #include "vecml/core/detail/Arithmetic.h"
+#include "vecml/core/detail/RandomScale.h"
 #include "vecml/dataset/detail/IntroSort.h"
 #include "vecml/vector/CDenseVector.h"
 
 namespace {
-
-// 2^-31, which maps rand() into [0, 1].
-constexpr double kRandScale = 4.656612873077393e-10;
 
 // A random index below \p count: trunc((double)((float)rand() *
 // (float)count) * 2^-31). (float)rand() rounds the largest draws up to 2^31,
@@ -25,7 +23,8 @@ constexpr double kRandScale = 4.656612873077393e-10;
 int randomIndexBelow(int count) {
   const float product =
       static_cast<float>(std::rand()) * static_cast<float>(count);
-  const int index = static_cast<int>(static_cast<double>(product) * kRandScale);
+  const int index = static_cast<int>(static_cast<double>(product) *
+                                     vecml::detail::kRandScale);
   return std::min(index, count - 1);
 }
 
@@ -143,7 +142,7 @@ void CDataset<T>::reserve(int n) {
 
 template <typename T>
 void CDataset<T>::initRandomSeed() {
-  std::srand(static_cast<unsigned>(std::time(nullptr)));
+  init_rnd_seed();
 }
 
 // --- Modification ----------------------------------------------------------

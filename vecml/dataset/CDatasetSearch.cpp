@@ -7,20 +7,15 @@
 #include "vecml/dataset/CDataset.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/detail/DenseDistanceBlock.h"
+#include "vecml/vector/detail/ExactKind.h"
+
+using vecml::detail::exactlyDense;
 
 namespace {
 
 template <typename T>
 const CVector<T>& searchedVector(const CDatasetItem<T>& item, bool onInputs) {
   return onInputs ? *item.inputVector() : *item.outputVector();
-}
-
-// The vector as a CDenseVector<T> when that is exactly its class (a
-// subclass may measure differently), otherwise null.
-template <typename T>
-const CDenseVector<T>* exactlyDense(const CVector<T>& vector) {
-  if (typeid(vector) != typeid(CDenseVector<T>)) return nullptr;
-  return static_cast<const CDenseVector<T>*>(&vector);
 }
 
 // Result of a search so far. Only a strictly smaller distance replaces the

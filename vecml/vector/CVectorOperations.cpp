@@ -11,6 +11,7 @@
 #include "vecml/core/detail/Arithmetic.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CSparseVector.h"
+#include "vecml/vector/detail/ExactKind.h"
 
 using vecml::detail::add;
 using vecml::detail::divide;
@@ -32,12 +33,13 @@ class UnsupportedArgumentsException : public std::exception {
 // a subclass needs; a wrong kind still ends in std::bad_cast.
 template <typename Concrete, typename T>
 const Concrete& as(const CVector<T>& v) {
-  if (typeid(v) == typeid(Concrete)) return static_cast<const Concrete&>(v);
+  if (const Concrete* exact = vecml::detail::exactly<Concrete>(v))
+    return *exact;
   return dynamic_cast<const Concrete&>(v);
 }
 template <typename Concrete, typename T>
 Concrete& as(CVector<T>& v) {
-  if (typeid(v) == typeid(Concrete)) return static_cast<Concrete&>(v);
+  if (Concrete* exact = vecml::detail::exactly<Concrete>(v)) return *exact;
   return dynamic_cast<Concrete&>(v);
 }
 
