@@ -158,7 +158,7 @@ TYPED_TEST(CDenseVectorTest, RawAccessAndIterators) {
   T* old = v._data();
   v._setData(replacement);
   EXPECT_EQ(v._data(), replacement);
-  DELETEARRAY(old);  // _setData does not free the old array
+  delete[] old;  // _setData does not free the old array
 }
 
 // ---- arithmetic in place ---------------------------------------------------

@@ -4,6 +4,7 @@
 // int arithmetic).
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -103,6 +104,36 @@ TYPED_TEST(DenseDotAndDistanceTest, EqualDimensionsMatchTheSequentialSums) {
       EXPECT_SAME_BITS(a.euclideanDistance(b, true),
                        referenceSquaredDistance(x, y));
       EXPECT_SAME_BITS(a.euclideanDistance(b, false), referenceDistance(x, y));
+    }
+  }
+}
+
+// Client arrays may start anywhere a T may: the kernels give the same bits
+// with the elements at every offset from a 64-byte boundary.
+TYPED_TEST(DenseDotAndDistanceTest, ArraysAtEveryElementOffsetGiveTheSameBits) {
+  using T = TypeParam;
+  constexpr int kLineElements = 64 / sizeof(T);
+  std::mt19937 random(11);
+  for (const int n : {17, 65, 129}) {
+    const std::vector<T> x = randomValues<T>(n, random);
+    const std::vector<T> y = randomValues<T>(n, random);
+    alignas(64) T xStorage[129 + 16], yStorage[129 + 16];
+    for (int offset = 0; offset < kLineElements; ++offset) {
+      SCOPED_TRACE("dimension " + std::to_string(n) + ", offset " +
+                   std::to_string(offset));
+      std::copy(x.begin(), x.end(), xStorage + offset);
+      std::copy(y.begin(), y.end(), yStorage + (kLineElements - 1 - offset));
+      CDenseVector<T> a(n), b(n);
+      T* const ownA = a._data();
+      T* const ownB = b._data();
+      a._setData(xStorage + offset);
+      b._setData(yStorage + (kLineElements - 1 - offset));
+      const T dot = a * b;
+      const T squared = a.euclideanDistance(b, true);
+      a._setData(ownA);  // the vectors release only their own arrays
+      b._setData(ownB);
+      EXPECT_SAME_BITS(dot, referenceDot(x, y));
+      EXPECT_SAME_BITS(squared, referenceSquaredDistance(x, y));
     }
   }
 }

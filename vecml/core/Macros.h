@@ -71,26 +71,18 @@ template <typename A, typename B>
 /// Prints the position and \p msg to the error stream and aborts.
 #define ML_CRITICAL_MSG(msg) ML_CRITICAL_MSG_AT(msg, VECML_HERE_)
 
-/// Allocates \p n elements with the array form of new, on a 64-byte
-/// boundary (a cache line, so vector kernels load whole lines), and sets
-/// all their bytes to zero. Vectors and matrices own arrays made this
-/// way; release any other one with DELETEARRAY, never with plain delete[].
+/// Allocates \p n elements with the array form of new and sets all their
+/// bytes to zero. The array is a plain `new T[n]`: release it with
+/// `delete[]`, and hand it to a vector or matrix (`_setData`), which releases
+/// it the same way. Its alignment is that of new, nothing more.
 /// \throw const char* "Out of memory during allocation of CDenseVector" when
 ///        no memory is available; std::bad_alloc (bad_array_new_length) for
 ///        a negative \p n.
 template <typename T>
 VECML_API T* NEWARRAY(int n);
 
-/// Releases an array from NEWARRAY with the array form of delete; null is
-/// ignored.
-template <typename T>
-VECML_API void DELETEARRAY(T* array) noexcept;
-
 extern template int* NEWARRAY<int>(int);
 extern template float* NEWARRAY<float>(int);
 extern template double* NEWARRAY<double>(int);
-extern template void DELETEARRAY<int>(int*) noexcept;
-extern template void DELETEARRAY<float>(float*) noexcept;
-extern template void DELETEARRAY<double>(double*) noexcept;
 
 #endif

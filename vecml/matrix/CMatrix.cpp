@@ -88,7 +88,7 @@ CMatrix<T>::CMatrix(CMatrix<T>&& other) noexcept
 
 template <typename T>
 CMatrix<T>::~CMatrix() {
-  DELETEARRAY(data);
+  delete[] data;
 }
 
 template <typename T>
@@ -97,7 +97,7 @@ CMatrix<T>& CMatrix<T>::operator=(const CMatrix<T>& other) {
   CObject<T>::operator=(other);
   if (numRows != other.numRows || numColumns != other.numColumns) {
     T* fresh = allocate<T>(storedCount(other));
-    DELETEARRAY(data);
+    delete[] data;
     data = fresh;
     numRows = other.numRows;
     numColumns = other.numColumns;
@@ -110,7 +110,7 @@ template <typename T>
 CMatrix<T>& CMatrix<T>::operator=(CMatrix<T>&& other) noexcept {
   if (this != &other) {
     CObject<T>::operator=(other);
-    DELETEARRAY(data);
+    delete[] data;
     numRows = std::exchange(other.numRows, 0);
     numColumns = std::exchange(other.numColumns, 0);
     data = std::exchange(other.data, nullptr);
@@ -143,7 +143,7 @@ bool CMatrix<T>::serialize(std::fstream& stream, IO_MODE mode) {
   }
   T* fresh = allocate<T>(elementCount(rows, columns));
   std::copy(values.begin(), values.end(), fresh);
-  DELETEARRAY(data);
+  delete[] data;
   data = fresh;
   numRows = rows;
   numColumns = columns;
@@ -157,7 +157,7 @@ bool CMatrix<T>::serialize2(CArchiv& archive) {
     archive.read(rows);
     archive.read(columns);
     T* fresh = allocate<T>(elementCount(rows, columns));
-    DELETEARRAY(data);
+    delete[] data;
     data = fresh;
     numRows = rows;
     numColumns = columns;
@@ -201,7 +201,7 @@ void CMatrix<T>::resize(int rows, int columns, bool keep) {
                 data + shapeProduct(numRows, j) + keptRows,
                 fresh + shapeProduct(rows, j));
   }
-  DELETEARRAY(data);
+  delete[] data;
   data = fresh;
   numRows = rows;
   numColumns = columns;

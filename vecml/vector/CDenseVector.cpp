@@ -75,7 +75,7 @@ CDenseVector<T>::CDenseVector(const CVector<T>& other) : dim(0), data(nullptr) {
 
 template <typename T>
 CDenseVector<T>::~CDenseVector() {
-  DELETEARRAY(data);
+  delete[] data;
 }
 
 template <typename T>
@@ -94,7 +94,7 @@ CDenseVector<T>& CDenseVector<T>::operator=(const CDenseVector<T>& other) {
 template <typename T>
 CDenseVector<T>& CDenseVector<T>::operator=(CDenseVector<T>&& other) noexcept {
   if (this != &other) {
-    DELETEARRAY(data);
+    delete[] data;
     dim = std::exchange(other.dim, 0);
     data = std::exchange(other.data, nullptr);
   }
@@ -103,7 +103,7 @@ CDenseVector<T>& CDenseVector<T>::operator=(CDenseVector<T>&& other) noexcept {
 
 template <typename T>
 void CDenseVector<T>::adopt(T* fresh, int n) {
-  DELETEARRAY(data);
+  delete[] data;
   data = fresh;
   dim = std::max(n, 0);
 }

@@ -103,11 +103,14 @@ class VECML_API CDenseVector : public CVector<T> {
   /// Unchecked write. requires: 0 <= i < dimension() (otherwise dropped).
   void setElement(int i, T value);
 
-  /// Raw element array, owned by the vector.
+  /// Raw element array, owned by the vector (a plain `new T[]` array, or null
+  /// for dimension 0).
   T* _data() const { return data; }
-  /// Stores \p values as the element array without freeing the old one
-  /// (the caller releases it with DELETEARRAY).
-  /// requires: \p values holds dimension() elements from NEWARRAY<T>.
+  /// Stores \p values as the element array without freeing the old one: the
+  /// caller now owns the old array and releases it with `delete[]`; the
+  /// vector releases \p values with `delete[]`.
+  /// requires: \p values holds dimension() elements and comes from
+  /// `new T[]` or NEWARRAY<T> (or is null when dimension() is 0).
   void _setData(T* values) { data = values; }
   bool isSparse() const { return false; }
   T* begin() { return data; }

@@ -24,7 +24,7 @@
 #include <memory>
 #include <new>
 
-#include "vecml/core/Macros.h"
+#include "vecml/core/detail/CacheLineArray.h"
 #include "vecml/core/detail/CpuLevel.h"
 #include "vecml/matrix/CMatrix.h"
 
@@ -137,14 +137,6 @@ auto pickSweep() -> void (*)(T*, const T*, int, int, Step) {
                       sweepBaseline<T, Step>);
 }
 
-/// Releases a NEWARRAY array.
-struct ArrayRelease {
-  template <typename T>
-  void operator()(T* array) const noexcept {
-    DELETEARRAY(array);
-  }
-};
-
 /// The lower triangle of a symmetric d x d matrix, zero at first, updated
 /// one item at a time from the item vector in item().
 template <typename T>
@@ -156,8 +148,9 @@ class PackedTriangle {
   explicit PackedTriangle(int d)
       : d(d),
         padded(paddedRows(d)),
-        x(NEWARRAY<T>(padded)),
-        state(NEWARRAY<T>(packedSize(d, padded))),
+        x(makeCacheLineArray<T>(static_cast<std::size_t>(padded))),
+        state(makeCacheLineArray<T>(
+            static_cast<std::size_t>(packedSize(d, padded)))),
         averageSweep(pickSweep<T, RunningAverageStep>()),
         sumSweep(pickSweep<T, SumOfProductsStep>()) {}
 
@@ -213,8 +206,8 @@ class PackedTriangle {
 
   int d;
   int padded;
-  std::unique_ptr<T[], ArrayRelease> x;
-  std::unique_ptr<T[], ArrayRelease> state;
+  CacheLineArray<T> x;
+  CacheLineArray<T> state;
   void (*averageSweep)(T*, const T*, int, int, RunningAverageStep);
   void (*sumSweep)(T*, const T*, int, int, SumOfProductsStep);
 };

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <memory>
-#include <new>
 
+#include "vecml/core/detail/CacheLineArray.h"
 #include "vecml/core/detail/SimdLanes.h"
 
 namespace vecml::detail {
@@ -56,28 +55,17 @@ std::ptrdiff_t roundUp(std::ptrdiff_t value, std::ptrdiff_t step) {
   return (value + step - 1) / step * step;
 }
 
-// Packed panels start on a cache line, so every vector load of a panel
-// stays within one line. The contents are written before they are read.
-constexpr std::align_val_t kPanelAlignment{64};
-
-template <typename T>
-struct ReleasePanels {
-  void operator()(T* panels) const noexcept {
-    ::operator delete(panels, kPanelAlignment);
-  }
-};
-
-// Room for the packed panels of at least \p elements, kept per thread from
-// one product to the next: panels of this size are beyond what the
-// allocator recycles, and fresh pages on every product would cost as much
-// as packing them.
+// Room for the packed panels of at least \p elements, on a cache line and
+// kept per thread from one product to the next: panels of this size are
+// beyond what the allocator recycles, and fresh pages on every product would
+// cost as much as packing them. The contents are written before they are
+// read.
 template <typename T>
 T* panelSpace(std::ptrdiff_t elements) {
-  thread_local std::unique_ptr<T, ReleasePanels<T>> space;
+  thread_local CacheLineArray<T> space;
   thread_local std::ptrdiff_t capacity = 0;
   if (capacity < elements) {
-    space.reset(static_cast<T*>(::operator new(
-        static_cast<std::size_t>(elements) * sizeof(T), kPanelAlignment)));
+    space = makeCacheLineArray<T>(static_cast<std::size_t>(elements));
     capacity = elements;
   }
   return space.get();
