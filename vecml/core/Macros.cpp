@@ -25,6 +25,4 @@ T* NEWARRAY(int n) {
   return array;
 }
 
-template int* NEWARRAY<int>(int);
-template float* NEWARRAY<float>(int);
-template double* NEWARRAY<double>(int);
+VECML_FOR_ELEMENT_TYPES(VECML_NEWARRAY_INSTANTIATIONS, template)

@@ -10,6 +10,7 @@
 // Declared here before they had a header of their own; clients that reach
 // the numerical helpers through this header keep building.
 #include "vecml/core/NumericalHelpers.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/core/detail/MessagePositions.h"
 
 namespace vecml::detail {
@@ -81,8 +82,8 @@ template <typename A, typename B>
 template <typename T>
 VECML_API T* NEWARRAY(int n);
 
-extern template int* NEWARRAY<int>(int);
-extern template float* NEWARRAY<float>(int);
-extern template double* NEWARRAY<double>(int);
+#define VECML_NEWARRAY_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE T* NEWARRAY<T>(int);
+VECML_FOR_ELEMENT_TYPES(VECML_NEWARRAY_INSTANTIATIONS, extern template)
 
 #endif
