@@ -28,5 +28,6 @@
 #include "vecml/vector/CSparseVector.h"
 #include "vecml/vector/CVector.h"
 #include "vecml/vector/CVectorOperations.h"
+#include "vecml/version.h"
 
 #endif
