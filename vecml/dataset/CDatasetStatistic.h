@@ -31,6 +31,10 @@
 /// 0 x 0 matrices. Without an attached dataset every member that uses the
 /// stored one behaves as for an empty dataset.
 ///
+/// The d x d results (covariance, autocorrelation, class scatter) throw
+/// std::bad_array_new_length when d * d exceeds the int range, as CMatrix
+/// does for such a shape.
+///
 /// Console output (dumpStatistic, the progress of spearman and of the class
 /// discovery in getSW/getSB, and getLDA) goes to standard output.
 ///

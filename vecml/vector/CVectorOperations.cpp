@@ -19,14 +19,11 @@ using vecml::detail::multiply;
 using vecml::detail::subtract;
 using vecml::detail::truncateToInt;
 
-namespace {
+const char* UnsupportedArgumentsException::what() const noexcept {
+  return "Unsupported argument types for this operation";
+}
 
-class UnsupportedArgumentsException : public std::exception {
- public:
-  const char* what() const noexcept override {
-    return "Unsupported argument types for this operation";
-  }
-};
+namespace {
 
 // Converts an operand to its concrete kind. The exact class is recognised
 // by one typeid comparison, which is much cheaper than the dynamic_cast that
