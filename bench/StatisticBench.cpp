@@ -19,8 +19,8 @@
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
 #include "vecml/dataset/CDatasetStatistic.h"
-#include "vecml/learning/CMetric.h"
 #include "vecml/matrix/CMatrix.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 
 #if VECML_BENCH_HAVE_OPENBLAS

@@ -13,7 +13,7 @@
 
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 
 #if VECML_BENCH_HAVE_OPENBLAS

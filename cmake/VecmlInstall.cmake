@@ -4,9 +4,19 @@ include(CMakePackageConfigHelpers)
 install(TARGETS vecml EXPORT vecmlTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# The public headers, without the internal detail/ folders ...
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/vecml/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vecml
-  FILES_MATCHING PATTERN "*.h")
+  FILES_MATCHING PATTERN "*.h"
+  PATTERN detail EXCLUDE)
+# ... but for the internal headers that public ones include.
+install(FILES
+  ${PROJECT_SOURCE_DIR}/vecml/core/detail/Instantiation.h
+  ${PROJECT_SOURCE_DIR}/vecml/core/detail/MessagePositions.h
+  ${PROJECT_SOURCE_DIR}/vecml/core/detail/OutOfRange.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vecml/core/detail)
+install(FILES ${VECML_GENERATED_INCLUDEDIR}/vecml/version.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vecml)
 
 install(EXPORT vecmlTargets
   NAMESPACE vecml::

@@ -1,7 +1,7 @@
 // The binary reader of CPolynomialKernel<double>::serialize on arbitrary
 // bytes, then one evaluation with whatever parameters it read.
 #include "FuzzSupport.h"
-#include "vecml/learning/CKernel.h"
+#include "vecml/kernel/CKernel.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
                                       std::size_t size) {

@@ -17,6 +17,16 @@ for f in include/vecml/vecml.h lib/cmake/vecml/vecmlConfig.cmake \
   test -f "$prefix/$f" || { echo "missing from install: $f" >&2; exit 1; }
 done
 ls "$prefix"/lib/libvecml.so.* "$prefix"/lib/vecml/CDenseVectorFactory.so >/dev/null
+# Internal headers stay out of the install, except those public ones include.
+for f in include/vecml/version.h include/vecml/core/detail/OutOfRange.h; do
+  test -f "$prefix/$f" || { echo "missing from install: $f" >&2; exit 1; }
+done
+for f in include/vecml/core/detail/CpuLevel.h \
+         include/vecml/core/detail/NumericalHelperCaches.h \
+         include/vecml/matrix/detail include/vecml/vector/detail \
+         include/vecml/dataset/detail; do
+  test ! -e "$prefix/$f" || { echo "internal, yet installed: $f" >&2; exit 1; }
+done
 # Plug-ins must be found through the library's RUNPATH alone.
 unset LD_LIBRARY_PATH
 
@@ -30,6 +40,6 @@ echo "== pkg-config"
 export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
 libdir=$(pkg-config --variable=libdir vecml)
 # shellcheck disable=SC2046 # pkg-config output is a list of flags
-g++ -o "$scratch/app-pc" "$here/main.cpp" $(pkg-config --cflags --libs vecml) \
+g++ -o "$scratch/app-pc" "$here/main.cpp" "$here/old_paths.cpp" $(pkg-config --cflags --libs vecml) \
   -Wl,-rpath,"$libdir"
 "$scratch/app-pc"

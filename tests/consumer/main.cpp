@@ -3,10 +3,22 @@
 // plug-in through libvecml.so's RUNPATH, without LD_LIBRARY_PATH.
 #include <iostream>
 #include <memory>
+#include <string>
 
 #include "vecml/vecml.h"
 
+bool oldIncludePathsWork();  // old_paths.cpp
+
 namespace {
+
+bool versionHeaderMatchesThePackage() {
+  return VECML_VERSION == VECML_VERSION_MAJOR * 10000 +
+                              VECML_VERSION_MINOR * 100 + VECML_VERSION_PATCH &&
+         std::string(VECML_VERSION_STRING) ==
+             std::to_string(VECML_VERSION_MAJOR) + "." +
+                 std::to_string(VECML_VERSION_MINOR) + "." +
+                 std::to_string(VECML_VERSION_PATCH);
+}
 
 bool objectModelWorks() {
   CObject<double> object;
@@ -23,7 +35,8 @@ bool factoryProducesADenseVector() {
 }  // namespace
 
 int main() {
-  const bool ok = objectModelWorks() && factoryProducesADenseVector();
+  const bool ok = objectModelWorks() && factoryProducesADenseVector() &&
+                  versionHeaderMatchesThePackage() && oldIncludePathsWork();
   std::cout << (ok ? "consumer: ok" : "consumer: FAILED") << std::endl;
   return ok ? 0 : 1;
 }

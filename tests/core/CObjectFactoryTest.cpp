@@ -8,7 +8,7 @@
 #include "support/CaptureOutput.h"
 #include "support/LoadedLibrary.h"
 #include "vecml/core/CObject.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 
 namespace {

@@ -42,7 +42,7 @@ TEST(MacrosDeathTest, LsFailsOnEqualOperands) {
 
 TEST(MacrosDeathTest, LsReportsTheGivenPosition) {
   const int i = 7, dim = 5;
-  EXPECT_DEATH(ML_LS_CHK_AT(i, dim, "CDenseVector.h", 179),
+  EXPECT_DEATH(ML_LS_CHK_AT(i, dim, vecml::detail::kDenseIndexCheck),
                HasSubstr("ML_LS_CHK failed in File: CDenseVector.h Line: 179. "
                          "i=7 >= 5\n"));
 }
@@ -85,7 +85,7 @@ TEST(MacrosDeathTest, ReportIsTheWholeLine) {
   const int i = 7, dim = 5;
   // Nothing but the report is written before the abort.
   EXPECT_DEATH(
-      ML_LS_CHK_AT(i, dim, "CDenseVector.h", 179),
+      ML_LS_CHK_AT(i, dim, vecml::detail::kDenseIndexCheck),
       "^ML_LS_CHK failed in File: CDenseVector\\.h Line: 179\\. i=7 >= 5\n$");
 }
 
@@ -101,7 +101,7 @@ TEST(MacrosDeathTest, CriticalMessagePrintsPositionThenMessage) {
 
 TEST(MacrosDeathTest, CriticalMessageAtGivenPosition) {
   EXPECT_DEATH(ML_CRITICAL_MSG_AT("Unable to produce CVector object",
-                                  "CDatasetItem.h", 345),
+                                  vecml::detail::kItemInputProduction),
                HasSubstr("ML_CRITICAL_MSG in File: CDatasetItem.h Line: 345\n"
                          "Unable to produce CVector object\n\n"));
 }

@@ -10,7 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "vecml/core/Macros.h"
+#include "vecml/core/NumericalHelpers.h"
+#include "vecml/core/detail/NumericalHelperCaches.h"
 
 namespace {
 

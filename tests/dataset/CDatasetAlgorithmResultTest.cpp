@@ -11,7 +11,7 @@
 
 #include "dataset/DatasetAlgorithmTestSupport.h"
 #include "vecml/dataset/CDatasetAlgorithm.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 
 namespace {
 

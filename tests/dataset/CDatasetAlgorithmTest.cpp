@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "dataset/DatasetAlgorithmTestSupport.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 
 namespace {
 

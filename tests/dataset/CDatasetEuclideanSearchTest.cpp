@@ -17,7 +17,7 @@
 #include "support/BitPattern.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CSparseVector.h"
 

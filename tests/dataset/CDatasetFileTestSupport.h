@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "support/DatasetBuilder.h"
 #include "support/TempFile.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
@@ -117,10 +118,9 @@ void expectSmallDataset(const CDataset<T>& data, int count = kSmallItems) {
 // produce, to see that a rejected read leaves it alone.
 template <typename T>
 CDataset<T> sentinelDataset() {
-  CDataset<T> data(4, 11);
+  CDataset<T> data =
+      test_support::denseDataset<T>({{T(42)}}, {{T(-1), T(-1)}}, 99, 4, 11);
   data.setInfo("sentinel");
-  data.appendItem(CDatasetItem<T>(CDenseVector<T>(1, T(42)),
-                                  CDenseVector<T>(2, T(-1)), 99));
   return data;
 }
 

@@ -5,7 +5,7 @@
 
 #include "dataset/CDatasetTestSupport.h"
 #include "vecml/dataset/CDataset.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 
 namespace {

@@ -23,7 +23,7 @@ namespace {
 
 using statistic_test::captureConsole;
 using statistic_test::cyclicLabels;
-using statistic_test::makeDataset;
+using statistic_test::denseDataset;
 using statistic_test::randomRows;
 using statistic_test::Rows;
 
@@ -236,7 +236,7 @@ void forEveryShape(Check check) {
                    ", seed " + std::to_string(seed));
       const Rows<T> inputs = randomRows<T>(n, d, seed, -3.0, 5.0);
       const Rows<T> outputs = cyclicLabels<T>(n, 3);
-      CDataset<T> data = makeDataset(inputs, outputs);
+      CDataset<T> data = denseDataset(inputs, outputs);
       check(inputs, outputs, data);
     }
 }
@@ -354,7 +354,7 @@ TYPED_TEST(CDatasetStatisticExactTest, SpecialValuesTakeTheStatedSteps) {
   using T = TypeParam;
   for (const int d : {17, 65}) {
     const Rows<T> inputs = extremeRows<T>(129, d, kSeed);
-    CDataset<T> data = makeDataset(inputs, Rows<T>(inputs.size(), {T(0)}));
+    CDataset<T> data = denseDataset(inputs, Rows<T>(inputs.size(), {T(0)}));
     const CDatasetStatistic<T> statistic(&data);
     const std::vector<T> mean = statedMean(inputs, d);
     expectSameBits(mean, statistic.mean(data));

@@ -10,8 +10,8 @@
 namespace {
 
 using statistic_test::cyclicLabels;
+using statistic_test::denseDataset;
 using statistic_test::entries;
-using statistic_test::makeDataset;
 using statistic_test::randomRows;
 using statistic_test::Rows;
 using statistic_test::scalarDataset;
@@ -75,7 +75,7 @@ TYPED_TEST(CDatasetStatisticMatrixTest, AutoCorrelationOfZeroAndTwoIsTwo) {
 TYPED_TEST(CDatasetStatisticMatrixTest, CovarianceFollowsItsStepsExactly) {
   using T = TypeParam;
   const Rows<T> rows = randomRows<T>(300, 6, 21u, -2.0, 5.0);
-  const CDataset<T> data = makeDataset(rows, Rows<T>(rows.size(), {T(0)}));
+  const CDataset<T> data = denseDataset(rows, Rows<T>(rows.size(), {T(0)}));
   const CDatasetStatistic<T> statistic;
   const CMatrix<T> covariance = statistic.covarianceMatrix(data);
   ASSERT_EQ(covariance.rows(), 6);
@@ -93,7 +93,7 @@ TYPED_TEST(CDatasetStatisticMatrixTest, CovarianceFollowsItsStepsExactly) {
 TYPED_TEST(CDatasetStatisticMatrixTest, LabelledCovarianceCountsOnlyThatLabel) {
   using T = TypeParam;
   const Rows<T> rows = randomRows<T>(120, 4, 22u, -1.0, 1.0);
-  const CDataset<T> data = makeDataset(rows, cyclicLabels<T>(120, 4));
+  const CDataset<T> data = denseDataset(rows, cyclicLabels<T>(120, 4));
   Rows<T> labelOne;
   for (std::size_t n = 1; n < rows.size(); n += 4) labelOne.push_back(rows[n]);
   const CDatasetStatistic<T> statistic;
@@ -103,7 +103,7 @@ TYPED_TEST(CDatasetStatisticMatrixTest, LabelledCovarianceCountsOnlyThatLabel) {
 
 TYPED_TEST(CDatasetStatisticMatrixTest, CovarianceForAnAbsentLabelIsZero) {
   const CDataset<TypeParam> data =
-      makeDataset<TypeParam>({{1, 2}, {5, 3}}, {{0}, {0}});
+      denseDataset<TypeParam>({{1, 2}, {5, 3}}, {{0}, {0}});
   EXPECT_EQ(entries(CDatasetStatistic<TypeParam>().covarianceMatrix(
                 data, TypeParam(3))),
             Square<TypeParam>({{0, 0}, {0, 0}}));
@@ -125,7 +125,7 @@ TYPED_TEST(CDatasetStatisticMatrixTest, CovarianceOfSparseInputsMatchesDense) {
   mixed.appendItem(CDatasetItem<T>(sparse, CDenseVector<T>(1)));
   mixed.appendItem(CDatasetItem<T>(CDenseVector<T>(std::vector<T>{1, 2, 3}),
                                    CDenseVector<T>(1)));
-  const CDataset<T> dense = makeDataset<T>({{0, 0, 6}, {1, 2, 3}}, {{0}, {0}});
+  const CDataset<T> dense = denseDataset<T>({{0, 0, 6}, {1, 2, 3}}, {{0}, {0}});
   const CDatasetStatistic<T> statistic;
   EXPECT_EQ(entries(statistic.covarianceMatrix(mixed)),
             entries(statistic.covarianceMatrix(dense)));
@@ -134,7 +134,7 @@ TYPED_TEST(CDatasetStatisticMatrixTest, CovarianceOfSparseInputsMatchesDense) {
 TYPED_TEST(CDatasetStatisticMatrixTest, AutoCorrelationFollowsItsStepsExactly) {
   using T = TypeParam;
   const Rows<T> rows = randomRows<T>(350, 5, 23u, -1.0, 2.0);
-  CDataset<T> data = makeDataset(rows, Rows<T>(rows.size(), {T(0)}));
+  CDataset<T> data = denseDataset(rows, Rows<T>(rows.size(), {T(0)}));
   const CMatrix<T> correlation =
       CDatasetStatistic<T>(&data).getAutoCorrelation();
   Square<T> stated(5, std::vector<T>(5, T(0)));

@@ -12,12 +12,12 @@
 
 #include "dataset/CDatasetStatisticTestSupport.h"
 #include "vecml/dataset/CDatasetStatistic.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 
 namespace {
 
 using statistic_test::captureConsole;
-using statistic_test::makeDataset;
+using statistic_test::denseDataset;
 using statistic_test::Rows;
 using statistic_test::scalarDataset;
 
@@ -54,14 +54,14 @@ CDataset<T> tiedDataset(int n, int mapItems, unsigned seed) {
     inputs.push_back({T(coordinate(random)), T(coordinate(random))});
     outputs.push_back({T(representative(random)) + T(0.75)});  // truncated
   }
-  return makeDataset(inputs, outputs);
+  return denseDataset(inputs, outputs);
 }
 
 CDataset<double> mapGrid(int items) {
   Rows<double> inputs;
   for (int i = 0; i < items; ++i)
     inputs.push_back({double(i % 3), double(i / 3)});
-  return makeDataset(inputs, Rows<double>(items, {0.0}));
+  return denseDataset(inputs, Rows<double>(items, {0.0}));
 }
 
 // The rank correlation by its stated steps, with the rankings built by
@@ -197,9 +197,9 @@ TYPED_TEST(CDatasetStatisticRankTest,
            MapRankingMeasuresBetweenRepresentatives) {
   // Items 0, 1, 2 are represented by map items 2, 0, 1 at 0, 10 and 4.
   CDataset<TypeParam> data =
-      makeDataset<TypeParam>({{0}, {0}, {0}}, {{2.5}, {0}, {1.9}});
+      denseDataset<TypeParam>({{0}, {0}, {0}}, {{2.5}, {0}, {1.9}});
   const CDataset<double> mapData =
-      makeDataset<double>({{10}, {4}, {0}}, {{0}, {0}, {0}});
+      denseDataset<double>({{10}, {4}, {0}}, {{0}, {0}, {0}});
   const CEuclideanMetric<double> metric;
   const std::unique_ptr<CDataset<TypeParam>> ranking(
       CDatasetStatistic<TypeParam>(&data).rankMapSpace(3, mapData, metric));
@@ -211,8 +211,8 @@ TYPED_TEST(CDatasetStatisticRankTest,
 
 TYPED_TEST(CDatasetStatisticRankTest, MapRankingKeepsTiesLaterFirst) {
   CDataset<TypeParam> data =
-      makeDataset<TypeParam>({{0}, {0}, {0}}, {{0}, {1}, {1}});
-  const CDataset<double> mapData = makeDataset<double>({{0}, {3}}, {{0}, {0}});
+      denseDataset<TypeParam>({{0}, {0}, {0}}, {{0}, {1}, {1}});
+  const CDataset<double> mapData = denseDataset<double>({{0}, {3}}, {{0}, {0}});
   const CEuclideanMetric<double> metric;
   const std::unique_ptr<CDataset<TypeParam>> ranking(
       CDatasetStatistic<TypeParam>(&data).rankMapSpace(3, mapData, metric));
@@ -222,8 +222,8 @@ TYPED_TEST(CDatasetStatisticRankTest, MapRankingKeepsTiesLaterFirst) {
 TYPED_TEST(CDatasetStatisticRankTest, SpearmanPrintsProgressEveryHundredItems) {
   const Rows<TypeParam> inputs(201, {TypeParam(1)});
   CDataset<TypeParam> data =
-      makeDataset(inputs, Rows<TypeParam>(inputs.size(), {TypeParam(0)}));
-  const CDataset<double> mapData = makeDataset<double>({{0}}, {{0}});
+      denseDataset(inputs, Rows<TypeParam>(inputs.size(), {TypeParam(0)}));
+  const CDataset<double> mapData = denseDataset<double>({{0}}, {{0}});
   const CEuclideanMetric<double> mapMetric;
   const CEuclideanMetric<TypeParam> inputMetric;
   const CDatasetStatistic<TypeParam> statistic(&data);
@@ -240,8 +240,8 @@ TYPED_TEST(CDatasetStatisticRankTest, SpearmanCountsInputRanksFromZero) {
   // Two items give the pairs (0, 1) and (1, 0) at equal distances in both
   // spaces; both rankings put pair 1 first. Input ranks 0 and 1 against map
   // positions 1 and 2 give S = 2 and 1 - 6 * 2 / (8 - 2) = -1.
-  CDataset<TypeParam> data = makeDataset<TypeParam>({{0}, {1}}, {{0}, {1}});
-  const CDataset<double> mapData = makeDataset<double>({{0}, {1}}, {{0}, {0}});
+  CDataset<TypeParam> data = denseDataset<TypeParam>({{0}, {1}}, {{0}, {1}});
+  const CDataset<double> mapData = denseDataset<double>({{0}, {1}}, {{0}, {0}});
   const CEuclideanMetric<double> mapMetric;
   const CEuclideanMetric<TypeParam> inputMetric;
   TypeParam rho = 0;
@@ -270,7 +270,7 @@ TYPED_TEST(CDatasetStatisticRankTest, SpearmanMatchesItsStatedSteps) {
 
 TYPED_TEST(CDatasetStatisticRankTest, SpearmanOfFewerThanTwoItemsIsNaN) {
   CDataset<TypeParam> data = scalarDataset<TypeParam>({0, 1});
-  const CDataset<double> mapData = makeDataset<double>({{0}}, {{0}});
+  const CDataset<double> mapData = denseDataset<double>({{0}}, {{0}});
   const CEuclideanMetric<double> mapMetric;
   const CEuclideanMetric<TypeParam> inputMetric;
   const CDatasetStatistic<TypeParam> statistic(&data);

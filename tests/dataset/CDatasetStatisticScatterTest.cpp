@@ -12,8 +12,8 @@
 namespace {
 
 using statistic_test::captureConsole;
+using statistic_test::denseDataset;
 using statistic_test::entries;
-using statistic_test::makeDataset;
 using statistic_test::randomRows;
 using statistic_test::Rows;
 using statistic_test::scalarDataset;
@@ -71,7 +71,7 @@ struct LabelledItems {
   LabelledItems(int n, int d, int labels, unsigned seed)
       : inputs(randomRows<T>(n, d, seed, -2.0, 2.0)),
         outputs(statistic_test::cyclicLabels<T>(n, labels)),
-        data(makeDataset(inputs, outputs)),
+        data(denseDataset(inputs, outputs)),
         classes(statedClasses(inputs, outputs)) {}
 
   Rows<T> inputs;
@@ -81,7 +81,7 @@ struct LabelledItems {
 };
 
 TYPED_TEST(CDatasetStatisticScatterTest, OneItemIsOneClassWithZeroScatter) {
-  CDataset<TypeParam> data = makeDataset<TypeParam>({{3, 4}}, {{1}});
+  CDataset<TypeParam> data = denseDataset<TypeParam>({{3, 4}}, {{1}});
   CMatrix<TypeParam> scatter;
   const std::string text = captureConsole(
       [&] { scatter = CDatasetStatistic<TypeParam>(&data).getSW(); });
@@ -99,7 +99,7 @@ TYPED_TEST(CDatasetStatisticScatterTest, OneItemIsOneClassWithZeroScatter) {
 
 TYPED_TEST(CDatasetStatisticScatterTest, DiscoveryReportsEveryComparison) {
   CDataset<TypeParam> data =
-      makeDataset<TypeParam>({{1}, {4}, {5}}, {{0, 1}, {0, 2}, {0, 1}});
+      denseDataset<TypeParam>({{1}, {4}, {5}}, {{0, 1}, {0, 2}, {0, 1}});
   const std::string text =
       captureConsole([&] { CDatasetStatistic<TypeParam>(&data).getSB(); });
   EXPECT_EQ(text,
@@ -125,7 +125,7 @@ TYPED_TEST(CDatasetStatisticScatterTest, DiscoveryReportsEveryComparison) {
 TYPED_TEST(CDatasetStatisticScatterTest,
            OutputsDifferingInOneElementAreTwoClasses) {
   CDataset<TypeParam> data =
-      makeDataset<TypeParam>({{1}, {1}}, {{0, 0, 1}, {0, 0, 2}});
+      denseDataset<TypeParam>({{1}, {1}}, {{0, 0, 1}, {0, 0, 2}});
   const std::string text =
       captureConsole([&] { CDatasetStatistic<TypeParam>(&data).getSW(); });
   EXPECT_NE(text.find("working on item 1\n"
@@ -144,7 +144,7 @@ TYPED_TEST(CDatasetStatisticScatterTest, WithinClassScatterOfZeroAndTwoIsTwo) {
 
 TYPED_TEST(CDatasetStatisticScatterTest, WithinClassScatterSumsTheClasses) {
   CDataset<TypeParam> data =
-      makeDataset<TypeParam>({{1}, {4}, {5}}, {{0}, {1}, {0}});
+      denseDataset<TypeParam>({{1}, {4}, {5}}, {{0}, {1}, {0}});
   // Class 0 around 3 gives 4 + 4, class 1 around 4 gives 0; no division.
   EXPECT_EQ(entries(quietly(data, &CDatasetStatistic<TypeParam>::getSW)),
             Square<TypeParam>({{8}}));
@@ -168,7 +168,7 @@ TYPED_TEST(CDatasetStatisticScatterTest, WithinClassScatterUsesFusedSteps) {
 TYPED_TEST(CDatasetStatisticScatterTest,
            BetweenClassScatterOfOneClassIsMinusTheMean) {
   CDataset<TypeParam> data =
-      makeDataset<TypeParam>({{1, 2}, {2, 4}, {3, 9}}, {{7}, {7}, {7}});
+      denseDataset<TypeParam>({{1, 2}, {2, 4}, {3, 9}}, {{7}, {7}, {7}});
   EXPECT_EQ(entries(quietly(data, &CDatasetStatistic<TypeParam>::getSB)),
             Square<TypeParam>({{-2, -5}, {-2, -5}}));
 }

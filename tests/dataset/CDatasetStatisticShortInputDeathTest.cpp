@@ -13,7 +13,7 @@
 
 namespace {
 
-using statistic_test::makeDataset;
+using statistic_test::denseDataset;
 using statistic_test::randomRows;
 using statistic_test::Rows;
 using testing::HasSubstr;
@@ -28,7 +28,7 @@ template <typename T>
 CDataset<T> withShortInput(int shortItem) {
   Rows<T> inputs = randomRows<T>(40, 5, 7u, -1.0, 1.0);
   inputs[shortItem].resize(3);
-  return makeDataset(inputs, Rows<T>(inputs.size(), {T(0)}));
+  return denseDataset(inputs, Rows<T>(inputs.size(), {T(0)}));
 }
 
 constexpr char kReport[] =

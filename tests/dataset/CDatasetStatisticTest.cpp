@@ -15,7 +15,7 @@ namespace {
 
 using statistic_test::captureConsole;
 using statistic_test::cyclicLabels;
-using statistic_test::makeDataset;
+using statistic_test::denseDataset;
 using statistic_test::randomRows;
 using statistic_test::Rows;
 using statistic_test::scalarDataset;
@@ -63,7 +63,7 @@ TYPED_TEST(CDatasetStatisticTest, AttachesWithoutOwning) {
 
 TYPED_TEST(CDatasetStatisticTest, InputDimensionComesFromTheFirstItem) {
   CDataset<TypeParam> data =
-      makeDataset<TypeParam>({{1, 2, 3}, {4, 5, 6}}, {{0}, {0}});
+      denseDataset<TypeParam>({{1, 2, 3}, {4, 5, 6}}, {{0}, {0}});
   EXPECT_EQ(CDatasetStatistic<TypeParam>(&data).inputDimension(), 3);
   CDataset<TypeParam> empty;
   EXPECT_EQ(CDatasetStatistic<TypeParam>(&empty).inputDimension(), 0);
@@ -80,7 +80,7 @@ TYPED_TEST(CDatasetStatisticTest, MeanOfTwoItemsIsTheirMidpoint) {
 TYPED_TEST(CDatasetStatisticTest, MeanFollowsTheRunningAverageExactly) {
   const Rows<TypeParam> rows = randomRows<TypeParam>(300, 4, 11u, -2.0, 3.0);
   const CDataset<TypeParam> data =
-      makeDataset(rows, Rows<TypeParam>(rows.size(), {TypeParam(0)}));
+      denseDataset(rows, Rows<TypeParam>(rows.size(), {TypeParam(0)}));
   const CDenseVector<TypeParam> mean =
       CDatasetStatistic<TypeParam>().mean(data);
   EXPECT_EQ(elements(mean), statedRunningMean(rows, 4));
@@ -95,7 +95,7 @@ TYPED_TEST(CDatasetStatisticTest, MeanFollowsTheRunningAverageExactly) {
 TYPED_TEST(CDatasetStatisticTest, LabelledMeanCountsOnlyThatLabel) {
   const Rows<TypeParam> rows = randomRows<TypeParam>(90, 3, 12u, -1.0, 1.0);
   const CDataset<TypeParam> data =
-      makeDataset(rows, cyclicLabels<TypeParam>(90, 3));
+      denseDataset(rows, cyclicLabels<TypeParam>(90, 3));
   Rows<TypeParam> labelTwo;
   for (std::size_t n = 2; n < rows.size(); n += 3) labelTwo.push_back(rows[n]);
   const CDenseVector<TypeParam> mean =
@@ -105,7 +105,7 @@ TYPED_TEST(CDatasetStatisticTest, LabelledMeanCountsOnlyThatLabel) {
 
 TYPED_TEST(CDatasetStatisticTest, MeanForAnAbsentLabelIsTheZeroVector) {
   const CDataset<TypeParam> data =
-      makeDataset<TypeParam>({{1, 2}, {3, 4}}, {{0}, {1}});
+      denseDataset<TypeParam>({{1, 2}, {3, 4}}, {{0}, {1}});
   const CDenseVector<TypeParam> mean =
       CDatasetStatistic<TypeParam>().mean(data, TypeParam(7));
   EXPECT_EQ(elements(mean), std::vector<TypeParam>({0, 0}));
@@ -137,7 +137,7 @@ TYPED_TEST(CDatasetStatisticTest, MeanReadsSparseInputs) {
 }
 
 TYPED_TEST(CDatasetStatisticTest, ExtremesAreElementWise) {
-  CDataset<TypeParam> data = makeDataset<TypeParam>(
+  CDataset<TypeParam> data = denseDataset<TypeParam>(
       {{1, -5, 2}, {3, -7, 2}, {-2, 0, 2}}, {{0}, {0}, {0}});
   const CDatasetStatistic<TypeParam> statistic(&data);
   EXPECT_EQ(elements(statistic.maxElements()),
@@ -147,7 +147,7 @@ TYPED_TEST(CDatasetStatisticTest, ExtremesAreElementWise) {
 }
 
 TYPED_TEST(CDatasetStatisticTest, ExtremesOfOneItemAreItsInput) {
-  CDataset<TypeParam> data = makeDataset<TypeParam>({{4, -1}}, {{0}});
+  CDataset<TypeParam> data = denseDataset<TypeParam>({{4, -1}}, {{0}});
   const CDatasetStatistic<TypeParam> statistic(&data);
   EXPECT_EQ(elements(statistic.maxElements()), std::vector<TypeParam>({4, -1}));
   EXPECT_EQ(elements(statistic.minElements()), std::vector<TypeParam>({4, -1}));
@@ -182,7 +182,7 @@ TYPED_TEST(CDatasetStatisticTest, ClassStatisticOfZeroAndTwoUsesDivisorK) {
 
 TYPED_TEST(CDatasetStatisticTest, StatisticResizesItsResults) {
   CDataset<TypeParam> data =
-      makeDataset<TypeParam>({{1, 2}, {3, 6}}, {{0}, {0}});
+      denseDataset<TypeParam>({{1, 2}, {3, 6}}, {{0}, {0}});
   CDenseVector<TypeParam> mean(5, TypeParam(9)), stdDev(1), variance;
   CDatasetStatistic<TypeParam>(&data).statistic(mean, stdDev, variance);
   EXPECT_EQ(elements(mean), std::vector<TypeParam>({2, 4}));
@@ -213,7 +213,7 @@ TYPED_TEST(CDatasetStatisticTest, StatisticOfAnEmptyDatasetIsEmpty) {
 TYPED_TEST(CDatasetStatisticTest, StatisticFollowsItsStepsOnRandomItems) {
   using T = TypeParam;
   const Rows<T> rows = randomRows<T>(400, 64, 13u, -3.0, 4.0);
-  CDataset<T> data = makeDataset(rows, Rows<T>(rows.size(), {T(0)}));
+  CDataset<T> data = denseDataset(rows, Rows<T>(rows.size(), {T(0)}));
   CDenseVector<T> mean, stdDev, variance;
   CDatasetStatistic<T>(&data).statistic(mean, stdDev, variance);
   for (int i = 0; i < 64; ++i) {
@@ -243,8 +243,8 @@ TYPED_TEST(CDatasetStatisticTest, StatisticFollowsItsStepsOnRandomItems) {
 
 TYPED_TEST(CDatasetStatisticTest, ClassStatisticCountsOnlyEqualOutputs) {
   using T = TypeParam;
-  CDataset<T> data = makeDataset<T>({{1}, {100}, {3}, {6}, {-50}},
-                                    {{1, 2}, {1, 3}, {1, 2}, {1, 2}, {2}});
+  CDataset<T> data = denseDataset<T>({{1}, {100}, {3}, {6}, {-50}},
+                                     {{1, 2}, {1, 3}, {1, 2}, {1, 2}, {2}});
   CDenseVector<T> mean, stdDev, variance;
   CDatasetStatistic<T>(&data).statistic(CDenseVector<T>(std::vector<T>{1, 2}),
                                         mean, stdDev, variance);
@@ -260,7 +260,7 @@ TYPED_TEST(CDatasetStatisticTest, ClassStatisticCountsOnlyEqualOutputs) {
 TYPED_TEST(CDatasetStatisticTest, ClassStatisticFollowsItsStepsOnRandomItems) {
   using T = TypeParam;
   const Rows<T> rows = randomRows<T>(300, 64, 14u, -3.0, 4.0);
-  CDataset<T> data = makeDataset(rows, cyclicLabels<T>(300, 3));
+  CDataset<T> data = denseDataset(rows, cyclicLabels<T>(300, 3));
   CDenseVector<T> mean, stdDev, variance;
   CDatasetStatistic<T>(&data).statistic(CDenseVector<T>(1, T(1)), mean, stdDev,
                                         variance);
@@ -297,7 +297,7 @@ const char kTableHead[] =
 
 TYPED_TEST(CDatasetStatisticTest, DumpStatisticPrintsTheWholeTable) {
   CDataset<TypeParam> data =
-      makeDataset<TypeParam>({{0, 1}, {2, 5}}, {{1, 0, 0}, {0, 1, 0}});
+      denseDataset<TypeParam>({{0, 1}, {2, 5}}, {{1, 0, 0}, {0, 1, 0}});
   const CDatasetStatistic<TypeParam> statistic(&data);
   const std::string expected =
       std::string("\n\n Items      : 2\n Input dim. : 2\n Output dim.: 3\n") +
@@ -312,7 +312,7 @@ TYPED_TEST(CDatasetStatisticTest, DumpStatisticPrintsTheWholeTable) {
 
 TYPED_TEST(CDatasetStatisticTest, DumpStatisticNumbersFeaturesWithThreeDigits) {
   const Rows<TypeParam> rows(2, std::vector<TypeParam>(12, TypeParam(-0.5)));
-  CDataset<TypeParam> data = makeDataset(rows, Rows<TypeParam>(2, {0}));
+  CDataset<TypeParam> data = denseDataset(rows, Rows<TypeParam>(2, {0}));
   const std::string text = captureConsole(
       [&] { CDatasetStatistic<TypeParam>(&data).dumpStatistic(); });
   EXPECT_NE(text.find("\n    011   |  -5.000000e-01 |  -5.000000e-01 |  "

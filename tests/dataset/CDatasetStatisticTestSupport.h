@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/CaptureOutput.h"
+#include "support/DatasetBuilder.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
 #include "vecml/matrix/CMatrix.h"
@@ -17,27 +18,15 @@
 
 namespace statistic_test {
 
-template <typename T>
-using Rows = std::vector<std::vector<T>>;
-
-// A dataset whose item n has the dense input inputs[n], the dense output
-// outputs[n] and the id n.
-template <typename T>
-CDataset<T> makeDataset(const Rows<T>& inputs, const Rows<T>& outputs) {
-  CDataset<T> data;
-  for (std::size_t n = 0; n < inputs.size(); ++n)
-    data.appendItem(CDatasetItem<T>(CDenseVector<T>(inputs[n]),
-                                    CDenseVector<T>(outputs[n]),
-                                    static_cast<int>(n)));
-  return data;
-}
+using test_support::denseDataset;
+using test_support::Rows;
 
 // Items with one-element inputs and the one-element output 0.
 template <typename T>
 CDataset<T> scalarDataset(const std::vector<T>& values) {
   Rows<T> inputs;
   for (T value : values) inputs.push_back({value});
-  return makeDataset(inputs, Rows<T>(values.size(), {T(0)}));
+  return denseDataset(inputs, Rows<T>(values.size(), {T(0)}));
 }
 
 // `n` rows of `d` values drawn uniformly from [low, high) with `seed`.

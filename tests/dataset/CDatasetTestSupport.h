@@ -10,9 +10,10 @@
 #include <utility>
 #include <vector>
 
+#include "support/DatasetBuilder.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 
 namespace cdataset_test {
@@ -26,17 +27,28 @@ CDatasetItem<T> makeItem(int id, std::vector<T> input, std::vector<T> output) {
 
 // Item k has id k, input (k, k + 0.5) and output (10 k).
 template <typename T>
+std::vector<T> numberedInput(int k) {
+  return {T(k), T(k) + T(0.5)};
+}
+template <typename T>
+std::vector<T> numberedOutput(int k) {
+  return {T(10 * k)};
+}
+template <typename T>
 CDatasetItem<T> numberedItem(int k) {
-  return makeItem<T>(k, {T(k), T(k) + T(0.5)}, {T(10 * k)});
+  return makeItem<T>(k, numberedInput<T>(k), numberedOutput<T>(k));
 }
 
 // A dataset of numberedItem(0) .. numberedItem(n - 1) whose capacity is
 // exactly n, so that the sanitizers see any access past the last item.
 template <typename T>
 CDataset<T> numberedDataset(int n) {
-  CDataset<T> data(n, 1000);
-  for (int k = 0; k < n; ++k) data.appendItem(numberedItem<T>(k));
-  return data;
+  test_support::Rows<T> inputs, outputs;
+  for (int k = 0; k < n; ++k) {
+    inputs.push_back(numberedInput<T>(k));
+    outputs.push_back(numberedOutput<T>(k));
+  }
+  return test_support::denseDataset(inputs, outputs, 0, n);
 }
 
 template <typename T>
@@ -69,9 +81,9 @@ class ScriptedMetric : public CMetric<T> {
 // their index, for ScriptedMetric.
 template <typename T>
 CDataset<T> indexedDataset(int n) {
-  CDataset<T> data(n, 1000);
-  for (int k = 0; k < n; ++k) data.appendItem(makeItem<T>(k, {T(k)}, {T(k)}));
-  return data;
+  test_support::Rows<T> indices;
+  for (int k = 0; k < n; ++k) indices.push_back({T(k)});
+  return test_support::denseDataset(indices, indices, 0, n);
 }
 
 // trunc((double)((float)rand() * (float)count) * 2^-31), written out.

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/DatasetBuilder.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
 #include "vecml/vector/CDenseVector.h"
@@ -34,12 +35,10 @@ CSparseVector<T> sparse(int dim,
 // A dataset with one item per input; item i has the output (i) and id
 // 10 + i, so that outputs and ids tell the items apart.
 template <typename T>
-CDataset<T> datasetOf(const std::vector<std::vector<T>>& inputs) {
-  CDataset<T> data;
-  for (int i = 0; i < static_cast<int>(inputs.size()); ++i)
-    data.appendItem(
-        CDatasetItem<T>(dense(inputs[i]), dense(std::vector<T>{T(i)}), 10 + i));
-  return data;
+CDataset<T> datasetOf(const test_support::Rows<T>& inputs) {
+  test_support::Rows<T> outputs;
+  for (std::size_t i = 0; i < inputs.size(); ++i) outputs.push_back({T(i)});
+  return test_support::denseDataset(inputs, outputs, 10);
 }
 
 // Input vector \p i of \p data, element by element.

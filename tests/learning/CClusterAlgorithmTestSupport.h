@@ -11,7 +11,7 @@
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
 #include "vecml/learning/CClusterAlgorithm.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 
 // The smallest concrete algorithm: train() only records its arguments.

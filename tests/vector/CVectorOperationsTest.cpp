@@ -740,7 +740,7 @@ TYPED_TEST(CVectorOperationsTest, CopyOfDenseIntoSparseIsUnsupported) {
   std::string message;
   try {
     ops<T>().getElementCopy(dst, src)(dst, src);
-  } catch (const std::exception& e) {
+  } catch (const UnsupportedArgumentsException& e) {
     message = e.what();
   }
   EXPECT_EQ(message, "Unsupported argument types for this operation");

@@ -57,6 +57,4 @@ VERBOSE_LEVEL CObject<T>::verbose() const {
   return verboseLevel;
 }
 
-template class CObject<int>;
-template class CObject<float>;
-template class CObject<double>;
+VECML_FOR_ELEMENT_TYPES(VECML_OBJECT_INSTANTIATIONS, template)

@@ -9,6 +9,7 @@
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/core/Types.h"
+#include "vecml/core/detail/Instantiation.h"
 
 /// Common base of all numeric objects, instantiated for int, float and double.
 ///
@@ -48,8 +49,8 @@ class VECML_API CObject {
   VERBOSE_LEVEL verboseLevel;
 };
 
-extern template class CObject<int>;
-extern template class CObject<float>;
-extern template class CObject<double>;
+#define VECML_OBJECT_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CObject<T>;
+VECML_FOR_ELEMENT_TYPES(VECML_OBJECT_INSTANTIATIONS, extern template)
 
 #endif

@@ -1,5 +1,5 @@
-// Always-live check macros, the critical-message macro, zero-filled array
-// allocation and the numerical helpers.
+// Always-live check macros, the critical-message macro and zero-filled
+// array allocation.
 #ifndef VECML_CORE_MACROS_H
 #define VECML_CORE_MACROS_H
 
@@ -7,6 +7,11 @@
 #include <iostream>
 
 #include "vecml/core/Export.h"
+// Declared here before they had a header of their own; clients that reach
+// the numerical helpers through this header keep building.
+#include "vecml/core/NumericalHelpers.h"
+#include "vecml/core/detail/Instantiation.h"
+#include "vecml/core/detail/MessagePositions.h"
 
 namespace vecml::detail {
 
@@ -26,42 +31,46 @@ template <typename A, typename B>
 
 }  // namespace vecml::detail
 
-// Evaluates each operand once and reports when `first failsWhen second`.
-#define VECML_CHECK_(macro, failsWhen, operatorText, a, b, file, line) \
-  do {                                                                 \
-    const auto& vecml_check_a_ = (a);                                  \
-    const auto& vecml_check_b_ = (b);                                  \
-    if (vecml_check_a_ failsWhen vecml_check_b_)                       \
-      ::vecml::detail::reportFailedCheck(#macro, file, line, #a,       \
-                                         vecml_check_a_, operatorText, \
-                                         vecml_check_b_);              \
+// Evaluates each operand once and reports `position` when
+// `first failsWhen second`.
+#define VECML_CHECK_(macro, failsWhen, operatorText, a, b, position)          \
+  do {                                                                        \
+    const auto& vecml_check_a_ = (a);                                         \
+    const auto& vecml_check_b_ = (b);                                         \
+    if (vecml_check_a_ failsWhen vecml_check_b_)                              \
+      ::vecml::detail::reportFailedCheck(#macro, (position).file,             \
+                                         (position).line, #a, vecml_check_a_, \
+                                         operatorText, vecml_check_b_);       \
   } while (false)
 
-// The *_AT forms report a given file name and line instead of the caller's;
-// headers whose reported position is part of their interface use them.
-#define ML_EQ_CHK_AT(a, b, file, line) \
-  VECML_CHECK_(ML_EQ_CHK, !=, " != ", a, b, file, line)
-#define ML_LEQ_CHK_AT(a, b, file, line) \
-  VECML_CHECK_(ML_LEQ_CHK, >, " > ", a, b, file, line)
-#define ML_LS_CHK_AT(a, b, file, line) \
-  VECML_CHECK_(ML_LS_CHK, >=, " >= ", a, b, file, line)
-#define ML_GEQ_CHK_AT(a, b, file, line) \
-  VECML_CHECK_(ML_GEQ_CHK, <, " < ", a, b, file, line)
+// The caller's own position, as the plain check macros report it.
+#define VECML_HERE_ (::vecml::detail::MessagePosition{__FILE_NAME__, __LINE__})
+
+// The *_AT forms report a fixed MessagePosition (see
+// vecml/core/detail/MessagePositions.h) instead of the caller's own.
+#define ML_EQ_CHK_AT(a, b, position) \
+  VECML_CHECK_(ML_EQ_CHK, !=, " != ", a, b, position)
+#define ML_LEQ_CHK_AT(a, b, position) \
+  VECML_CHECK_(ML_LEQ_CHK, >, " > ", a, b, position)
+#define ML_LS_CHK_AT(a, b, position) \
+  VECML_CHECK_(ML_LS_CHK, >=, " >= ", a, b, position)
+#define ML_GEQ_CHK_AT(a, b, position) \
+  VECML_CHECK_(ML_GEQ_CHK, <, " < ", a, b, position)
 
 /// Aborts unless a == b, printing
 /// "ML_EQ_CHK failed in File: <file> Line: <line>. <a text>=<a> != <b>".
-#define ML_EQ_CHK(a, b) ML_EQ_CHK_AT(a, b, __FILE_NAME__, __LINE__)
+#define ML_EQ_CHK(a, b) ML_EQ_CHK_AT(a, b, VECML_HERE_)
 /// Aborts when a > b.
-#define ML_LEQ_CHK(a, b) ML_LEQ_CHK_AT(a, b, __FILE_NAME__, __LINE__)
+#define ML_LEQ_CHK(a, b) ML_LEQ_CHK_AT(a, b, VECML_HERE_)
 /// Aborts when a >= b.
-#define ML_LS_CHK(a, b) ML_LS_CHK_AT(a, b, __FILE_NAME__, __LINE__)
+#define ML_LS_CHK(a, b) ML_LS_CHK_AT(a, b, VECML_HERE_)
 /// Aborts when a < b.
-#define ML_GEQ_CHK(a, b) ML_GEQ_CHK_AT(a, b, __FILE_NAME__, __LINE__)
+#define ML_GEQ_CHK(a, b) ML_GEQ_CHK_AT(a, b, VECML_HERE_)
 
-#define ML_CRITICAL_MSG_AT(msg, file, line) \
-  ::vecml::detail::reportCriticalMessage(file, line, msg)
+#define ML_CRITICAL_MSG_AT(msg, position) \
+  ::vecml::detail::reportCriticalMessage((position).file, (position).line, msg)
 /// Prints the position and \p msg to the error stream and aborts.
-#define ML_CRITICAL_MSG(msg) ML_CRITICAL_MSG_AT(msg, __FILE_NAME__, __LINE__)
+#define ML_CRITICAL_MSG(msg) ML_CRITICAL_MSG_AT(msg, VECML_HERE_)
 
 /// Allocates \p n elements with the array form of new and sets all their
 /// bytes to zero. The array is a plain `new T[n]`: release it with
@@ -73,65 +82,8 @@ template <typename A, typename B>
 template <typename T>
 VECML_API T* NEWARRAY(int n);
 
-extern template int* NEWARRAY<int>(int);
-extern template float* NEWARRAY<float>(int);
-extern template double* NEWARRAY<double>(int);
-
-// Numerical helpers. factrl and factln keep process-wide caches and
-// gauss_rnd and init_rnd_seed share the C library's generator: callers on
-// several threads serialise their uses.
-
-/// ln Gamma(x) from the six-coefficient Lanczos series, good to about 2e-10.
-/// requires: x > 0 (other values give NaN, infinities or meaningless
-/// numbers).
-VECML_API double gammln(double x);
-
-/// n!, from a single-precision table for n <= 32 (so rounded to float) and
-/// exp(gammln(n + 1)) above. The table is filled on demand up to n.
-/// requires: n >= 0; otherwise aborts with
-/// "ML_GEQ_CHK failed in File: Macros.cpp Line: 77. n=<n> < 0".
-VECML_API double factrl(int n);
-
-/// ln n!: 0 for n <= 1, gammln(n + 1) above, cached for n <= 100.
-/// requires: n >= 0; otherwise aborts with
-/// "ML_GEQ_CHK failed in File: Macros.cpp Line: 88. n=<n> < 0".
-VECML_API double factln(int n);
-
-/// Binomial coefficient n over k, rounded to an integral value from
-/// exp(factln(n) - factln(k) - factln(n - k)).
-/// requires: 0 <= k <= n; otherwise the factln check aborts, reporting the
-/// first negative argument among n, k and n - k.
-VECML_API double bico(int n, int k);
-
-/// A standard normal deviate by the polar method; consumes at least two
-/// rand() values per call and keeps no state between calls.
-VECML_API float gauss_rnd();
-
-/// Seeds the C library generator with the current time in seconds.
-VECML_API void init_rnd_seed();
-
-/// The k-th smallest (k counted from 1) of arr[0] ... arr[n-1] by
-/// quickselect; reorders the array in place so that this element ends at
-/// arr[k-1] with no larger element before it and no smaller one after it.
-/// NaNs make the order meaningless but never lead outside the array.
-/// requires: 1 <= k <= n and arr holds n elements; for k or n outside that
-/// range it returns 0 and leaves the array untouched.
-template <typename T>
-VECML_API T getRank(int k, int n, T* arr);
-
-extern template int getRank<int>(int, int, int*);
-extern template float getRank<float>(int, int, float*);
-extern template double getRank<double>(int, int, double*);
-
-namespace vecml::detail {
-
-/// Highest n whose n! the factrl table holds (4 before factrl fills more).
-VECML_API int factorialTableTop();
-
-/// The ln n! cached by factln for 0 <= n <= 100; 0.0 while not computed
-/// and for every other n.
-VECML_API double cachedLogFactorial(int n);
-
-}  // namespace vecml::detail
+#define VECML_NEWARRAY_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE T* NEWARRAY<T>(int);
+VECML_FOR_ELEMENT_TYPES(VECML_NEWARRAY_INSTANTIATIONS, extern template)
 
 #endif

@@ -149,11 +149,4 @@ bool CCsvFile::write(const char* fileName, const CDataset<T>& data,
   return written;
 }
 
-template bool CCsvFile::write<float>(std::ostream&, const CDataset<float>&,
-                                     std::string&) const;
-template bool CCsvFile::write<double>(std::ostream&, const CDataset<double>&,
-                                      std::string&) const;
-template bool CCsvFile::write<float>(const char*, const CDataset<float>&,
-                                     std::string&) const;
-template bool CCsvFile::write<double>(const char*, const CDataset<double>&,
-                                      std::string&) const;
+VECML_FOR_FLOATING_TYPES(VECML_CSV_FILE_WRITE_INSTANTIATIONS, template)

@@ -10,6 +10,7 @@
 
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/dataset/CDataset.h"
 
 /// Reads delimited text tables into datasets and writes datasets back. The
@@ -153,24 +154,17 @@ class VECML_API CCsvFile {
   mutable std::vector<std::string> outputList;
 };
 
-extern template bool CCsvFile::read<float>(std::istream&, CDataset<float>&,
-                                           std::string&) const;
-extern template bool CCsvFile::read<double>(std::istream&, CDataset<double>&,
-                                            std::string&) const;
-extern template bool CCsvFile::read<float>(const char*, CDataset<float>&,
-                                           std::string&) const;
-extern template bool CCsvFile::read<double>(const char*, CDataset<double>&,
-                                            std::string&) const;
-extern template bool CCsvFile::write<float>(std::ostream&,
-                                            const CDataset<float>&,
-                                            std::string&) const;
-extern template bool CCsvFile::write<double>(std::ostream&,
-                                             const CDataset<double>&,
-                                             std::string&) const;
-extern template bool CCsvFile::write<float>(const char*, const CDataset<float>&,
-                                            std::string&) const;
-extern template bool CCsvFile::write<double>(const char*,
-                                             const CDataset<double>&,
-                                             std::string&) const;
+#define VECML_CSV_FILE_READ_INSTANTIATIONS(INSTANTIATE, T)                    \
+  INSTANTIATE bool CCsvFile::read<T>(std::istream&, CDataset<T>&,             \
+                                     std::string&) const;                     \
+  INSTANTIATE bool CCsvFile::read<T>(const char*, CDataset<T>&, std::string&) \
+      const;
+#define VECML_CSV_FILE_WRITE_INSTANTIATIONS(INSTANTIATE, T)              \
+  INSTANTIATE bool CCsvFile::write<T>(std::ostream&, const CDataset<T>&, \
+                                      std::string&) const;               \
+  INSTANTIATE bool CCsvFile::write<T>(const char*, const CDataset<T>&,   \
+                                      std::string&) const;
+VECML_FOR_FLOATING_TYPES(VECML_CSV_FILE_READ_INSTANTIATIONS, extern template)
+VECML_FOR_FLOATING_TYPES(VECML_CSV_FILE_WRITE_INSTANTIATIONS, extern template)
 
 #endif

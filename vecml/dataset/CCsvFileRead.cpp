@@ -539,11 +539,4 @@ bool CCsvFile::read(const char* fileName, CDataset<T>& data,
   return false;
 }
 
-template bool CCsvFile::read<float>(std::istream&, CDataset<float>&,
-                                    std::string&) const;
-template bool CCsvFile::read<double>(std::istream&, CDataset<double>&,
-                                     std::string&) const;
-template bool CCsvFile::read<float>(const char*, CDataset<float>&,
-                                    std::string&) const;
-template bool CCsvFile::read<double>(const char*, CDataset<double>&,
-                                     std::string&) const;
+VECML_FOR_FLOATING_TYPES(VECML_CSV_FILE_READ_INSTANTIATIONS, template)

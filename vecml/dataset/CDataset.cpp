@@ -4,22 +4,18 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
-#include <ctime>
 #include <memory>
 #include <new>
-#include <typeinfo>
 #include <utility>
 
 #include "vecml/core/Macros.h"
+#include "vecml/core/NumericalHelpers.h"
 #include "vecml/core/detail/Arithmetic.h"
+#include "vecml/core/detail/RandomScale.h"
 #include "vecml/dataset/detail/IntroSort.h"
 #include "vecml/vector/CDenseVector.h"
-#include "vecml/vector/detail/DenseDistanceBlock.h"
 
 namespace {
-
-// 2^-31, which maps rand() into [0, 1].
-constexpr double kRandScale = 4.656612873077393e-10;
 
 // A random index below \p count: trunc((double)((float)rand() *
 // (float)count) * 2^-31). (float)rand() rounds the largest draws up to 2^31,
@@ -28,7 +24,8 @@ constexpr double kRandScale = 4.656612873077393e-10;
 int randomIndexBelow(int count) {
   const float product =
       static_cast<float>(std::rand()) * static_cast<float>(count);
-  const int index = static_cast<int>(static_cast<double>(product) * kRandScale);
+  const int index = static_cast<int>(static_cast<double>(product) *
+                                     vecml::detail::kRandScale);
   return std::min(index, count - 1);
 }
 
@@ -37,11 +34,6 @@ int splitCount(int n, double percent) {
   const double count = std::floor(n * (percent / 100.0));
   if (!(count > 0.0)) return 0;
   return count < n ? static_cast<int>(count) : n;
-}
-
-template <typename T>
-const CVector<T>& searchedVector(const CDatasetItem<T>& item, bool onInputs) {
-  return onInputs ? *item.inputVector() : *item.outputVector();
 }
 
 // One row per item holding `component(j)` for j < columns.
@@ -151,7 +143,7 @@ void CDataset<T>::reserve(int n) {
 
 template <typename T>
 void CDataset<T>::initRandomSeed() {
-  std::srand(static_cast<unsigned>(std::time(nullptr)));
+  init_rnd_seed();
 }
 
 // --- Modification ----------------------------------------------------------
@@ -242,206 +234,6 @@ void CDataset<T>::sortdata(bool (*less)(CDatasetItem<T>, CDatasetItem<T>)) {
     vecml::detail::introSort(itemList.begin(), itemList.end(), less);
 }
 
-// --- Best-match searches ---------------------------------------------------
-
-namespace {
-
-// The vector as a CDenseVector<T> when that is exactly its class (a
-// subclass may measure differently), otherwise null.
-template <typename T>
-const CDenseVector<T>* exactlyDense(const CVector<T>& vector) {
-  if (typeid(vector) != typeid(CDenseVector<T>)) return nullptr;
-  return static_cast<const CDenseVector<T>*>(&vector);
-}
-
-// Result of a search so far. Only a strictly smaller distance replaces the
-// best one: ties keep the earlier item, a NaN distance is never taken, and
-// after a NaN start nothing is.
-template <typename T>
-struct RunningBest {
-  T distance;
-  int index;
-
-  void offer(T candidate, int candidateIndex) {
-    if (distance > candidate) {
-      distance = candidate;
-      index = candidateIndex;
-    }
-  }
-};
-
-// Measures items for a Euclidean metric (rooted or squared) and a dense
-// query without the metric's virtual calls: dense items of the query's
-// dimension are queued and measured a block at a time by the block kernel,
-// which gives each distance the bits of the metric's own. Offers reach the
-// running best in item order.
-template <typename T>
-class EuclideanBlocks {
- public:
-  EuclideanBlocks(const CVector<T>& query, const CMetric<T>& metric,
-                  RunningBest<T>& best)
-      : best(best) {
-    const std::type_info& measure = typeid(metric);
-    rooted = measure == typeid(CEuclideanMetric<T>);
-    if (rooted || measure == typeid(CEuclideanMetric2<T>))
-      this->query = exactlyDense(query);
-    if (this->query != nullptr) {
-      kernel = vecml::detail::denseDistanceKernel<T>();
-      dimension = denseDimension(*this->query);
-    }
-  }
-
-  /// Queues item \p index, whose searched vector is \p vector, when the
-  /// blocks can measure it; otherwise measures what is queued and returns
-  /// false, so that the caller measures the item itself, after the queued
-  /// ones.
-  bool take(const CVector<T>& vector, int index) {
-    if (query == nullptr) return false;
-    const CDenseVector<T>* dense = exactlyDense(vector);
-    if (dense == nullptr || denseDimension(*dense) != dimension) {
-      flush();
-      return false;
-    }
-    rows[pending] = dense->_data();
-    indices[pending] = index;
-    if (++pending == kernel.blockSize) flush();
-    return true;
-  }
-
-  /// Measures the queued items and offers them in order.
-  void flush() {
-    if (pending == 0) return;
-    // Unused rows of a partial block read the query, which is in bounds.
-    std::fill(rows + pending, rows + kernel.blockSize, query->_data());
-    kernel.compute(rows, query->_data(), dimension, sums);
-    for (int k = 0; k < pending; ++k)
-      best.offer(rooted ? vecml::detail::squareRoot(sums[k]) : sums[k],
-                 indices[k]);
-    pending = 0;
-  }
-
- private:
-  // Qualified call: the class is known, so skip the virtual lookup.
-  static int denseDimension(const CDenseVector<T>& vector) {
-    return vector.CDenseVector<T>::dimension();
-  }
-
-  RunningBest<T>& best;
-  const CDenseVector<T>* query = nullptr;
-  bool rooted = false;
-  int dimension = 0;
-  vecml::detail::DenseDistanceKernel<T> kernel{};
-  int pending = 0;
-  const T* rows[vecml::detail::kMaxDistanceBlock];
-  int indices[vecml::detail::kMaxDistanceBlock];
-  T sums[vecml::detail::kMaxDistanceBlock];
-};
-
-}  // namespace
-
-template <typename T>
-void CDataset<T>::bestMatch(const CVector<T>& query, const CMetric<T>& metric,
-                            bool onInputs, int from, int to, int exclude,
-                            int& id, T& distance) const {
-  if (from < 0 || from >= items()) {
-    id = -1;
-    return;
-  }
-  RunningBest<T> best{
-      metric.distance(searchedVector(itemList[from], onInputs), query),
-      exclude == from ? from + 1 : from};
-  id = best.index;
-  distance = best.distance;
-  EuclideanBlocks<T> blocks(query, metric, best);
-  const int last = std::min(to, items() - 1);
-  for (int i = from + 1; i <= last; ++i) {
-    if (i == exclude) continue;
-    const CVector<T>& vector = searchedVector(itemList[i], onInputs);
-    if (!blocks.take(vector, i)) best.offer(metric.distance(vector, query), i);
-  }
-  blocks.flush();
-  id = best.index;
-  distance = best.distance;
-}
-
-template <typename T>
-int CDataset<T>::bestMatchID(const CVector<T>& query, const CMetric<T>& metric,
-                             bool onInputs, int from, int to,
-                             int exclude) const {
-  int id = -1;
-  T distance{};
-  bestMatch(query, metric, onInputs, from, to, exclude, id, distance);
-  return id;
-}
-
-// The whole-dataset and plain range searches pass -1 as the excluded index:
-// it never equals an index of the searched range.
-template <typename T>
-int CDataset<T>::getBestMatchIDInput(const CVector<T>& query,
-                                     const CMetric<T>& metric) const {
-  return bestMatchID(query, metric, true, 0, items() - 1, -1);
-}
-
-template <typename T>
-int CDataset<T>::bestMatchIDInput(const CVector<T>& query,
-                                  const CMetric<T>& metric) const {
-  return getBestMatchIDInput(query, metric);
-}
-
-template <typename T>
-int CDataset<T>::getBestMatchIDOutput(const CVector<T>& query,
-                                      const CMetric<T>& metric) const {
-  return bestMatchID(query, metric, false, 0, items() - 1, -1);
-}
-
-template <typename T>
-int CDataset<T>::bestMatchIDOutput(const CVector<T>& query,
-                                   const CMetric<T>& metric) const {
-  return getBestMatchIDOutput(query, metric);
-}
-
-template <typename T>
-void CDataset<T>::getBestMatchInput(const CVector<T>& query,
-                                    const CMetric<T>& metric, int& id,
-                                    T& distance) const {
-  bestMatch(query, metric, true, 0, items() - 1, -1, id, distance);
-}
-
-template <typename T>
-void CDataset<T>::bestMatchInput(const CVector<T>& query,
-                                 const CMetric<T>& metric, int& id,
-                                 T& distance) const {
-  getBestMatchInput(query, metric, id, distance);
-}
-
-template <typename T>
-void CDataset<T>::getBestMatchOutput(const CVector<T>& query,
-                                     const CMetric<T>& metric, int& id,
-                                     T& distance) const {
-  bestMatch(query, metric, false, 0, items() - 1, -1, id, distance);
-}
-
-template <typename T>
-void CDataset<T>::bestMatchOutput(const CVector<T>& query,
-                                  const CMetric<T>& metric, int& id,
-                                  T& distance) const {
-  getBestMatchOutput(query, metric, id, distance);
-}
-
-template <typename T>
-int CDataset<T>::bestMatchIDInput(const CVector<T>& query,
-                                  const CMetric<T>& metric, int from,
-                                  int to) const {
-  return bestMatchID(query, metric, true, from, to, -1);
-}
-
-template <typename T>
-int CDataset<T>::bestMatchIDInput(const CVector<T>& query,
-                                  const CMetric<T>& metric, int from, int to,
-                                  int exclude) const {
-  return bestMatchID(query, metric, true, from, to, exclude);
-}
-
 // --- Subsets and folds -----------------------------------------------------
 
 template <typename T>
@@ -458,7 +250,7 @@ CDataset<T> CDataset<T>::split(double percent) {
 
 template <typename T>
 CDataset<T> CDataset<T>::subset(int iNbItems) const {
-  ML_LEQ_CHK_AT(iNbItems, items(), "CDataset.h", 1314);
+  ML_LEQ_CHK_AT(iNbItems, items(), vecml::detail::kSubsetCountCheck);
   const int k = std::max(iNbItems, 0);
   CDataset<T> result(k, 1000);
   result.itemList.assign(itemList.begin(), itemList.begin() + k);
@@ -537,5 +329,4 @@ CMatrix<T> CDataset<T>::getOutputMatrix() const {
                     &CDatasetItem<T>::getOutputComponent);
 }
 
-template class CDataset<float>;
-template class CDataset<double>;
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_INSTANTIATIONS, template)

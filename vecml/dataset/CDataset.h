@@ -15,9 +15,10 @@
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/core/Macros.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/dataset/CDatasetItem.h"
-#include "vecml/learning/CMetric.h"
 #include "vecml/matrix/CMatrix.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CVector.h"
 
 /// Ordered items (held by value, each owning its vectors), the type tag
@@ -237,8 +238,8 @@ class VECML_API CDataset : public CObject<T> {
   CDataset<T> split(double percent);
   /// \return a uniform random sample of \p iNbItems items (reservoir
   ///         sampling with rand() % (t + 1)); a negative count samples 0
-  ///         items. Aborts with an ML_LEQ_CHK report (CDataset.h, line
-  ///         1314) when iNbItems > items().
+  ///         items. Aborts with an ML_LEQ_CHK report at
+  ///         detail::kSubsetCountCheck when iNbItems > items().
   CDataset<T> subset(int iNbItems) const;
   /// \return \p k folds; item i goes to fold i % k, in item order. Each
   ///         fold has grow size 1000 and info "none"; k <= 0 gives no folds.
@@ -378,7 +379,8 @@ class VECML_API CDataset : public CObject<T> {
   void* meta;
 };
 
-extern template class CDataset<float>;
-extern template class CDataset<double>;
+#define VECML_DATASET_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CDataset<T>;
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_INSTANTIATIONS, extern template)
 
 #endif

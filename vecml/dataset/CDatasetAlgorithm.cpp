@@ -234,28 +234,4 @@ CDataset<T> removeProjection(const CDataset<T>& data,
                          });
 }
 
-#define VECML_DATASET_ALGORITHM_INSTANTIATE_(T)                                \
-  template void applyWeights(CDataset<T>&, const CDenseVector<T>&);            \
-  template void normalizeInputDataEuclidean(CDataset<T>&);                     \
-  template CDenseVector<T> minElements(const CDataset<T>&);                    \
-  template CDenseVector<T> maxElements(const CDataset<T>&);                    \
-  template CDenseVector<T> applyScaleRange(                                    \
-      const CDenseVector<T>&, const CDenseVector<T>&, const CDenseVector<T>&); \
-  template CDataset<T> applyScaleRange(                                        \
-      const CDataset<T>&, const CDenseVector<T>&, const CDenseVector<T>&);     \
-  template CDataset<T> scaleRange(const CDataset<T>&, CDenseVector<T>,         \
-                                  CDenseVector<T>, CDenseVector<T>&,           \
-                                  CDenseVector<T>&);                           \
-  template CDenseVector<T> applyZScore(                                        \
-      const CDenseVector<T>&, const CDenseVector<T>&, const CDenseVector<T>&); \
-  template CDataset<T> applyZScore(const CDataset<T>&, const CDenseVector<T>&, \
-                                   const CDenseVector<T>&);                    \
-  template CDataset<T> centerInput(const CDataset<T>&, CDenseVector<T>&);      \
-  template CDataset<T> zscore(const CDataset<T>&, CDenseVector<T>&,            \
-                              CDenseVector<T>&);                               \
-  template CDataset<T> normalize(const CDataset<T>&, const CMetric<T>&);       \
-  template CDataset<T> removeProjection(const CDataset<T>&,                    \
-                                        const CDenseVector<T>&);
-VECML_DATASET_ALGORITHM_INSTANTIATE_(float)
-VECML_DATASET_ALGORITHM_INSTANTIATE_(double)
-#undef VECML_DATASET_ALGORITHM_INSTANTIATE_
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_ALGORITHM_INSTANTIATIONS, template)

@@ -5,8 +5,9 @@
 
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/dataset/CDataset.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 
 // Free function templates for float and double that rescale, centre,
@@ -124,32 +125,29 @@ template <typename T>
 VECML_API CDataset<T> removeProjection(const CDataset<T>& data,
                                        const CDenseVector<T>& v);
 
-#define VECML_DATASET_ALGORITHM_EXTERN_(T)                                     \
-  extern template void applyWeights(CDataset<T>&, const CDenseVector<T>&);     \
-  extern template void normalizeInputDataEuclidean(CDataset<T>&);              \
-  extern template CDenseVector<T> minElements(const CDataset<T>&);             \
-  extern template CDenseVector<T> maxElements(const CDataset<T>&);             \
-  extern template CDenseVector<T> applyScaleRange(                             \
+#define VECML_DATASET_ALGORITHM_INSTANTIATIONS(INSTANTIATE, T)                 \
+  INSTANTIATE void applyWeights(CDataset<T>&, const CDenseVector<T>&);         \
+  INSTANTIATE void normalizeInputDataEuclidean(CDataset<T>&);                  \
+  INSTANTIATE CDenseVector<T> minElements(const CDataset<T>&);                 \
+  INSTANTIATE CDenseVector<T> maxElements(const CDataset<T>&);                 \
+  INSTANTIATE CDenseVector<T> applyScaleRange(                                 \
       const CDenseVector<T>&, const CDenseVector<T>&, const CDenseVector<T>&); \
-  extern template CDataset<T> applyScaleRange(                                 \
+  INSTANTIATE CDataset<T> applyScaleRange(                                     \
       const CDataset<T>&, const CDenseVector<T>&, const CDenseVector<T>&);     \
-  extern template CDataset<T> scaleRange(const CDataset<T>&, CDenseVector<T>,  \
-                                         CDenseVector<T>, CDenseVector<T>&,    \
-                                         CDenseVector<T>&);                    \
-  extern template CDenseVector<T> applyZScore(                                 \
-      const CDenseVector<T>&, const CDenseVector<T>&, const CDenseVector<T>&); \
-  extern template CDataset<T> applyZScore(                                     \
-      const CDataset<T>&, const CDenseVector<T>&, const CDenseVector<T>&);     \
-  extern template CDataset<T> centerInput(const CDataset<T>&,                  \
-                                          CDenseVector<T>&);                   \
-  extern template CDataset<T> zscore(const CDataset<T>&, CDenseVector<T>&,     \
+  INSTANTIATE CDataset<T> scaleRange(const CDataset<T>&, CDenseVector<T>,      \
+                                     CDenseVector<T>, CDenseVector<T>&,        \
                                      CDenseVector<T>&);                        \
-  extern template CDataset<T> normalize(const CDataset<T>&,                    \
-                                        const CMetric<T>&);                    \
-  extern template CDataset<T> removeProjection(const CDataset<T>&,             \
-                                               const CDenseVector<T>&);
-VECML_DATASET_ALGORITHM_EXTERN_(float)
-VECML_DATASET_ALGORITHM_EXTERN_(double)
-#undef VECML_DATASET_ALGORITHM_EXTERN_
+  INSTANTIATE CDenseVector<T> applyZScore(                                     \
+      const CDenseVector<T>&, const CDenseVector<T>&, const CDenseVector<T>&); \
+  INSTANTIATE CDataset<T> applyZScore(                                         \
+      const CDataset<T>&, const CDenseVector<T>&, const CDenseVector<T>&);     \
+  INSTANTIATE CDataset<T> centerInput(const CDataset<T>&, CDenseVector<T>&);   \
+  INSTANTIATE CDataset<T> zscore(const CDataset<T>&, CDenseVector<T>&,         \
+                                 CDenseVector<T>&);                            \
+  INSTANTIATE CDataset<T> normalize(const CDataset<T>&, const CMetric<T>&);    \
+  INSTANTIATE CDataset<T> removeProjection(const CDataset<T>&,                 \
+                                           const CDenseVector<T>&);
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_ALGORITHM_INSTANTIATIONS,
+                         extern template)
 
 #endif

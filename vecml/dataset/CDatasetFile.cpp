@@ -9,16 +9,17 @@
 #include <new>
 #include <optional>
 #include <string>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
 #include "vecml/core/CArchiv.h"
 #include "vecml/core/detail/BinaryIO.h"
 #include "vecml/dataset/CDataset.h"
+#include "vecml/dataset/detail/Prefetch.h"
 #include "vecml/stream/detail/GzipFileBuffer.h"
 #include "vecml/stream/gzstream.h"
 #include "vecml/vector/CDenseVector.h"
+#include "vecml/vector/detail/ExactKind.h"
 
 namespace {
 
@@ -160,14 +161,6 @@ std::size_t readRecordItems(std::istream& in, std::size_t count, int inDim,
   });
 }
 
-// The exact type of dense vectors, whose storage is copied directly.
-template <typename T>
-const CDenseVector<T>* asDense(const CVector<T>& vector) {
-  return typeid(vector) == typeid(CDenseVector<T>)
-             ? static_cast<const CDenseVector<T>*>(&vector)
-             : nullptr;
-}
-
 // Asks the cache for the vector objects of `item`.
 template <typename T>
 void prefetchVectors(const CDatasetItem<T>& item) {
@@ -179,8 +172,8 @@ void prefetchVectors(const CDatasetItem<T>& item) {
 template <typename T>
 void prefetchElements(const CDatasetItem<T>& item) {
   for (const CVector<T>* vector : {item.inputVector(), item.outputVector()})
-    if (const CDenseVector<T>* dense = asDense(*vector))
-      __builtin_prefetch(dense->begin());
+    if (const CDenseVector<T>* dense = vecml::detail::exactlyDense(*vector))
+      vecml::detail::prefetchLines(dense->begin(), sizeof(T), 1);
 }
 
 // Collects element values as floats and writes them in blocks.
@@ -194,7 +187,7 @@ class FloatBlockWriter {
   template <typename T>
   void put(const CVector<T>& vector, int n) {
     int i = 0;
-    if (const CDenseVector<T>* dense = asDense(vector)) {
+    if (const CDenseVector<T>* dense = vecml::detail::exactlyDense(vector)) {
       const int stored = std::min(n, vector.dimension());
       while (i < stored) {
         const int step = std::min(stored - i, room());

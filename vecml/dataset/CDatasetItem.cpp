@@ -63,22 +63,18 @@ void storeNamedVector(CArchiv& archive, CVector<T>& vector) {
 }
 
 // Loads one vector stored by storeNamedVector(); a class the factory cannot
-// produce is fatal and reported as coming from `line`.
+// produce is fatal and reported at `position`.
 template <typename T>
-CVector<T>* loadNamedVector(CArchiv& archive, int line) {
+CVector<T>* loadNamedVector(CArchiv& archive,
+                            vecml::detail::MessagePosition position) {
   std::string className;
   archive.read(className);
   CVector<T>* vector = produceVector<T>(className);
   if (vector == nullptr)
-    ML_CRITICAL_MSG_AT("Unable to produce CVector object", "CDatasetItem.h",
-                       line);
+    ML_CRITICAL_MSG_AT("Unable to produce CVector object", position);
   archive.read(*vector);
   return vector;
 }
-
-// Line numbers that the reports of a failed vector production carry.
-constexpr int kInputProductionLine = 345;
-constexpr int kOutputProductionLine = 350;
 
 }  // namespace
 
@@ -165,8 +161,8 @@ bool CDatasetItem<T>::serialize2(CArchiv& archive) {
     replaceVector<T>(input, nullptr);
     replaceVector<T>(output, nullptr);
     archive.read(itemId);
-    input = loadNamedVector<T>(archive, kInputProductionLine);
-    output = loadNamedVector<T>(archive, kOutputProductionLine);
+    input = loadNamedVector<T>(archive, vecml::detail::kItemInputProduction);
+    output = loadNamedVector<T>(archive, vecml::detail::kItemOutputProduction);
     return true;
   }
   archive.write(itemId);
@@ -208,5 +204,4 @@ CDatasetItem<double>* CDatasetItem<T>::convertToDouble() const {
   }
 }
 
-template class CDatasetItem<float>;
-template class CDatasetItem<double>;
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_ITEM_INSTANTIATIONS, template)

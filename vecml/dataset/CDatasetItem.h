@@ -8,6 +8,7 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/vector/CVector.h"
 
 /// One record of a dataset: an input vector, an output (target) vector and
@@ -64,8 +65,9 @@ class VECML_API CDatasetItem : public CObject<T> {
   /// output vector (with separators before names and vectors on storing).
   /// Loading deletes both vectors and creates them through CObjectFactory;
   /// a class it cannot produce prints "Unable to produce CVector object"
-  /// through ML_CRITICAL_MSG (CDatasetItem.h, line 345 for the input, 350
-  /// for the output) and aborts. \return true.
+  /// through ML_CRITICAL_MSG (at detail::kItemInputProduction for the
+  /// input, detail::kItemOutputProduction for the output) and aborts.
+  /// \return true.
   bool serialize2(CArchiv& archive) override;
   /// \return "CDatasetItem".
   std::string className() const override;
@@ -126,7 +128,8 @@ class VECML_API CDatasetItem : public CObject<T> {
   int itemId;
 };
 
-extern template class CDatasetItem<float>;
-extern template class CDatasetItem<double>;
+#define VECML_DATASET_ITEM_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CDatasetItem<T>;
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_ITEM_INSTANTIATIONS, extern template)
 
 #endif

@@ -9,9 +9,10 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/dataset/CDataset.h"
-#include "vecml/learning/CMetric.h"
 #include "vecml/matrix/CMatrix.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 
 /// Statistics over the input vectors of a dataset that the object points to
@@ -29,6 +30,10 @@
 /// they stay memory-safe and give empty results: vectors of dimension 0 and
 /// 0 x 0 matrices. Without an attached dataset every member that uses the
 /// stored one behaves as for an empty dataset.
+///
+/// The d x d results (covariance, autocorrelation, class scatter) throw
+/// std::bad_array_new_length when d * d exceeds the int range, as CMatrix
+/// does for such a shape.
 ///
 /// Console output (dumpStatistic, the progress of spearman and of the class
 /// discovery in getSW/getSB, and getLDA) goes to standard output.
@@ -197,7 +202,9 @@ class VECML_API CDatasetStatistic : public CObject<T> {
   CDataset<T>* dataset;
 };
 
-extern template class CDatasetStatistic<float>;
-extern template class CDatasetStatistic<double>;
+#define VECML_DATASET_STATISTIC_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CDatasetStatistic<T>;
+VECML_FOR_FLOATING_TYPES(VECML_DATASET_STATISTIC_INSTANTIATIONS,
+                         extern template)
 
 #endif

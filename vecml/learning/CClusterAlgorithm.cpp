@@ -60,5 +60,4 @@ T CClusterAlgorithm<T>::rmse(const CDataset<T>& data) const {
   return std::sqrt(sum / count);
 }
 
-template class CClusterAlgorithm<float>;
-template class CClusterAlgorithm<double>;
+VECML_FOR_FLOATING_TYPES(VECML_CLUSTER_ALGORITHM_INSTANTIATIONS, template)

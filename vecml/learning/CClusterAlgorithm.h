@@ -9,8 +9,9 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/dataset/CDataset.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CVector.h"
 
 /// Abstract base of prototype-based clustering algorithms, instantiated for
@@ -104,7 +105,9 @@ class VECML_API CClusterAlgorithm : public CObject<T> {
   CMetric<T>* distanceMetric;
 };
 
-extern template class CClusterAlgorithm<float>;
-extern template class CClusterAlgorithm<double>;
+#define VECML_CLUSTER_ALGORITHM_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CClusterAlgorithm<T>;
+VECML_FOR_FLOATING_TYPES(VECML_CLUSTER_ALGORITHM_INSTANTIATIONS,
+                         extern template)
 
 #endif

@@ -188,12 +188,4 @@ T CExponentialRate<T>::rate(int t) {
                         std::pow(static_cast<double>(ratio), exponent));
 }
 
-#define VECML_INSTANTIATE_LEARN_RATES_(T) \
-  template class CLearnRate<T>;           \
-  template class CConstantRate<T>;        \
-  template class CHarmonicRate<T>;        \
-  template class CLinearRate<T>;          \
-  template class CExponentialRate<T>;
-VECML_INSTANTIATE_LEARN_RATES_(float)
-VECML_INSTANTIATE_LEARN_RATES_(double)
-#undef VECML_INSTANTIATE_LEARN_RATES_
+VECML_FOR_FLOATING_TYPES(VECML_LEARN_RATE_INSTANTIATIONS, template)

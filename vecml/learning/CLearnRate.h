@@ -14,6 +14,7 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 
 /// The null schedule (rate 0, stepping changes nothing) and base of all
 /// schedules, instantiated for float and double.
@@ -171,14 +172,12 @@ class VECML_API CExponentialRate : public CLearnRate<T> {
   T rate(int t) override;
 };
 
-#define VECML_DECLARE_LEARN_RATES_(T)     \
-  extern template class CLearnRate<T>;    \
-  extern template class CConstantRate<T>; \
-  extern template class CHarmonicRate<T>; \
-  extern template class CLinearRate<T>;   \
-  extern template class CExponentialRate<T>;
-VECML_DECLARE_LEARN_RATES_(float)
-VECML_DECLARE_LEARN_RATES_(double)
-#undef VECML_DECLARE_LEARN_RATES_
+#define VECML_LEARN_RATE_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CLearnRate<T>;                      \
+  INSTANTIATE class CConstantRate<T>;                   \
+  INSTANTIATE class CHarmonicRate<T>;                   \
+  INSTANTIATE class CLinearRate<T>;                     \
+  INSTANTIATE class CExponentialRate<T>;
+VECML_FOR_FLOATING_TYPES(VECML_LEARN_RATE_INSTANTIATIONS, extern template)
 
 #endif

@@ -50,5 +50,4 @@ void COptimizer<T>::setPosition(CDenseVector<T> position) {
   currentPosition = position;
 }
 
-template class COptimizer<float>;
-template class COptimizer<double>;
+VECML_FOR_FLOATING_TYPES(VECML_OPTIMIZER_INSTANTIATIONS, template)

@@ -8,6 +8,7 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/vector/CDenseVector.h"
 
 /// Abstract optimizer, instantiated for float and double.
@@ -82,7 +83,8 @@ class VECML_API COptimizer : public CObject<T> {
   T objectiveSign;
 };
 
-extern template class COptimizer<float>;
-extern template class COptimizer<double>;
+#define VECML_OPTIMIZER_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class COptimizer<T>;
+VECML_FOR_FLOATING_TYPES(VECML_OPTIMIZER_INSTANTIATIONS, extern template)
 
 #endif

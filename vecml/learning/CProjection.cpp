@@ -11,5 +11,4 @@ std::string CProjection<T>::className() const {
   return "CProjection";
 }
 
-template class CProjection<float>;
-template class CProjection<double>;
+VECML_FOR_FLOATING_TYPES(VECML_PROJECTION_INSTANTIATIONS, template)

@@ -8,6 +8,7 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CVector.h"
@@ -62,7 +63,8 @@ class VECML_API CProjection : public CObject<T> {
   int directionCount;
 };
 
-extern template class CProjection<float>;
-extern template class CProjection<double>;
+#define VECML_PROJECTION_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CProjection<T>;
+VECML_FOR_FLOATING_TYPES(VECML_PROJECTION_INSTANTIATIONS, extern template)
 
 #endif

@@ -15,48 +15,23 @@
 #include "vecml/core/Macros.h"
 #include "vecml/core/detail/Arithmetic.h"
 #include "vecml/core/detail/BinaryIO.h"
-#include "vecml/matrix/detail/MatFileRecord.h"
-#include "vecml/matrix/detail/MatrixProduct.h"
-#include "vecml/matrix/detail/StandardMatFileRecord.h"
+#include "vecml/matrix/detail/MatrixStorage.h"
 
 using vecml::detail::add;
+using vecml::detail::combine;
 using vecml::detail::divide;
+using vecml::detail::elementCount;
 using vecml::detail::multiply;
+using vecml::detail::shapeProduct;
+using vecml::detail::storedCount;
 using vecml::detail::subtract;
 
 namespace {
-
-std::int64_t shapeProduct(int rows, int columns) {
-  return static_cast<std::int64_t>(rows) * columns;
-}
-
-// Elements a shape stores: the product when positive, else 0.
-// \throw std::bad_array_new_length when the product exceeds int.
-int elementCount(int rows, int columns) {
-  const std::int64_t product = shapeProduct(rows, columns);
-  if (product > INT_MAX) throw std::bad_array_new_length();
-  return product > 0 ? static_cast<int>(product) : 0;
-}
-
-template <typename T>
-int storedCount(const CMatrix<T>& m) {
-  return elementCount(m.rows(), m.columns());
-}
 
 // A zero-filled array of count elements, or null when there are none.
 template <typename T>
 T* allocate(int count) {
   return count > 0 ? NEWARRAY<T>(count) : nullptr;
-}
-
-// out[k] = op(left[k], right[k]) over count elements, where right holds
-// only rightCount of them and the missing ones count as 0.
-template <typename T, typename Op>
-void combine(T* out, const T* left, int count, const T* right, int rightCount,
-             Op op) {
-  const int common = std::min(count, rightCount);
-  for (int k = 0; k < common; ++k) out[k] = op(left[k], right[k]);
-  for (int k = common; k < count; ++k) out[k] = op(left[k], T(0));
 }
 
 template <typename T, typename Op>
@@ -81,53 +56,10 @@ T extremeElement(const CMatrix<T>& m, int& row, int& column, Better better) {
   return best;
 }
 
-// c = a * b, where b has bRows rows (column stride bRows) and n columns;
-// rows of b from bRows up to a.columns() count as 0. c is zero-filled.
-template <typename T>
-void multiplyInto(const CMatrix<T>& a, const T* b, int bRows, int n, T* c) {
-  const int depth = a.columns();
-  if (a.rows() <= 0 || n <= 0 || depth <= 0) return;
-  std::vector<T> padded;
-  if (bRows < depth) {
-    // A b without rows (bRows <= 0) has no storage to copy from.
-    const int kept = std::max(bRows, 0);
-    padded.assign(static_cast<std::size_t>(shapeProduct(depth, n)), T(0));
-    for (int j = 0; j < n; ++j)
-      std::copy(b + shapeProduct(kept, j), b + shapeProduct(kept, j + 1),
-                padded.begin() + shapeProduct(depth, j));
-    b = padded.data();
-    bRows = depth;
-  }
-  vecml::detail::multiplyColumnMajor(vecml::detail::ProductOperands<T>{
-      a._data(), b, c, a.rows(), depth, n, bRows});
-}
-
 // Puts one line end and flushes, as every line of dump() ends.
 void endLine(std::ostream& os) {
   os.put('\n');
   os.flush();
-}
-
-// One step of an odometer over the box start..end (end inclusive), the
-// last or the first dimension fastest; a dimension that reached its end
-// goes back to its start and carries into the next slower one.
-template <typename T>
-void stepOdometer(const std::vector<T>& start, const std::vector<T>& end,
-                  std::vector<T>& counter, bool init, bool lastFastest) {
-  const std::size_t dimensions =
-      std::min({start.size(), end.size(), counter.size()});
-  if (init) {
-    std::copy(start.begin(), start.begin() + dimensions, counter.begin());
-    return;
-  }
-  for (std::size_t step = 0; step < dimensions; ++step) {
-    const std::size_t k = lastFastest ? dimensions - 1 - step : step;
-    if (counter[k] < end[k]) {
-      counter[k] += T(1);
-      return;
-    }
-    counter[k] = start[k];
-  }
 }
 
 }  // namespace
@@ -499,239 +431,4 @@ std::ostream& CMatrix<T>::dump(std::ostream& os) const {
   return os;
 }
 
-template <typename T>
-bool CMatrix<T>::exportToMatFile(const char* fileName, const char* variableName,
-                                 bool append) const {
-  return vecml::detail::writeMatRecord<std::int64_t>(
-      fileName, variableName, append, numRows, numColumns, data,
-      storedCount(*this));
-}
-
-template <typename T>
-int CMatrix<T>::importFromMatFile(const char* fileName,
-                                  const char* variableName) {
-  using vecml::detail::lowWord;
-  return vecml::detail::importMatRecord<T>(
-      fileName, variableName,
-      [this](const vecml::detail::MatRecordShape& shape) {
-        const int rows = lowWord(shape.rows);
-        const int columns = lowWord(shape.columns);
-        if (rows < 0 || columns < 0 ||
-            !vecml::detail::matElementsFitFile(shapeProduct(rows, columns),
-                                               sizeof(T), shape.fileLength))
-          return vecml::detail::MatImportTarget<T>{-3, nullptr, 0};
-        resize(rows, columns, false);
-        return vecml::detail::MatImportTarget<T>{0, data, storedCount(*this)};
-      });
-}
-
-template <typename T>
-bool CMatrix<T>::exportToStandardMatFile(const char* fileName,
-                                         const char* variableName,
-                                         bool append) const {
-  return vecml::detail::writeMatRecord<std::int32_t>(
-      fileName, variableName, append, numRows, numColumns, data,
-      storedCount(*this));
-}
-
-template <typename T>
-int CMatrix<T>::importFromStandardMatFile(const char* fileName,
-                                          const char* variableName) {
-  return vecml::detail::importStandardMatRecord<T>(
-      fileName, variableName, [this](int rows, int columns, auto read) {
-        CMatrix<T> loaded(rows, columns, false);
-        if (!read(loaded._data())) return vecml::detail::kMatUnreadable;
-        *this = std::move(loaded);
-        return vecml::detail::kMatFound;
-      });
-}
-
-template <typename T>
-CMatrix<T> CDenseVector<T>::asMatrix() const {
-  CMatrix<T> column(dimension(), 1);
-  std::copy(begin(), end(), column._data());
-  return column;
-}
-
-template <typename T>
-CMatrix<T> operator+(const CMatrix<T>& a, const CMatrix<T>& b) {
-  CMatrix<T> sum(a);
-  sum += b;
-  return sum;
-}
-
-template <typename T>
-CMatrix<T> operator-(const CMatrix<T>& a, const CMatrix<T>& b) {
-  CMatrix<T> difference(a);
-  difference -= b;
-  return difference;
-}
-
-template <typename T>
-CMatrix<T> elementMul(const CMatrix<T>& a, const CMatrix<T>& b) {
-  CMatrix<T> product(a);
-  combine(product._data(), a._data(), storedCount(a), b._data(), storedCount(b),
-          multiply<T>);
-  return product;
-}
-
-template <typename T>
-CMatrix<T> elementDiv(const CMatrix<T>& a, const CMatrix<T>& b) {
-  CMatrix<T> quotient(a);
-  combine(quotient._data(), a._data(), storedCount(a), b._data(),
-          storedCount(b), divide<T>);
-  return quotient;
-}
-
-template <typename T>
-CMatrix<T> operator+(const CMatrix<T>& a, const T& value) {
-  CMatrix<T> result(a);
-  result += value;
-  return result;
-}
-
-template <typename T>
-CMatrix<T> operator-(const CMatrix<T>& a, const T& value) {
-  CMatrix<T> result(a);
-  result -= value;
-  return result;
-}
-
-template <typename T>
-CMatrix<T> operator*(const CMatrix<T>& a, const T& factor) {
-  CMatrix<T> result(a);
-  result *= factor;
-  return result;
-}
-
-template <typename T>
-CMatrix<T> operator/(const CMatrix<T>& a, const T& divisor) {
-  CMatrix<T> result(a);
-  result /= divisor;
-  return result;
-}
-
-template <typename T>
-CMatrix<T> operator*(const CMatrix<T>& a, const CMatrix<T>& b) {
-  CMatrix<T> product(a.rows(), b.columns());
-  multiplyInto(a, b._data(), b.rows(), b.columns(), product._data());
-  return product;
-}
-
-template <typename T>
-CDenseVector<T> operator*(const CMatrix<T>& a, const CVector<T>& x) {
-  const CDenseVector<T> dense(x);
-  CDenseVector<T> y(a.rows());
-  multiplyInto(a, dense._data(), dense.dimension(), 1, y._data());
-  return y;
-}
-
-template <typename T>
-CMatrix<T> outerProduct(const CDenseVector<T>& a, const CDenseVector<T>& b) {
-  const std::vector<T> left = a.toSTL();
-  CMatrix<T> product(a.dimension(), b.dimension());
-  for (int j = 0; j < b.dimension(); ++j) {
-    const T bj = b.getElement(j);
-    T* column = product._data() + shapeProduct(a.dimension(), j);
-    for (std::size_t i = 0; i < left.size(); ++i) column[i] = left[i] * bj;
-  }
-  return product;
-}
-
-template <typename T>
-bool CDenseVector<T>::exportToMatFile(const char* fileName,
-                                      const char* variableName,
-                                      bool append) const {
-  return vecml::detail::writeMatRecord<std::int64_t>(
-      fileName, variableName, append, dimension(), 1, _data(), dimension());
-}
-
-template <typename T>
-int CDenseVector<T>::importFromMatFile(const char* fileName,
-                                       const char* variableName) {
-  CDenseVector<T>& v = *this;
-  return vecml::detail::importMatRecord<T>(
-      fileName, variableName, [&v](const vecml::detail::MatRecordShape& shape) {
-        using Target = vecml::detail::MatImportTarget<T>;
-        if (shape.rows > 1 && shape.columns > 1) return Target{-2, nullptr, 0};
-        const std::int64_t n = std::max(shape.rows, shape.columns);
-        if (shape.rows < 0 || shape.columns < 0 ||
-            !vecml::detail::matElementsFitFile(n, sizeof(T), shape.fileLength))
-          return Target{-3, nullptr, 0};
-        v.resize(static_cast<int>(n));
-        return Target{0, v._data(), n};
-      });
-}
-
-template <typename T>
-bool CDenseVector<T>::exportToStandardMatFile(const char* fileName,
-                                              const char* variableName,
-                                              bool append) const {
-  return vecml::detail::writeMatRecord<std::int32_t>(
-      fileName, variableName, append, dimension(), 1, _data(), dimension());
-}
-
-template <typename T>
-int CDenseVector<T>::importFromStandardMatFile(const char* fileName,
-                                               const char* variableName) {
-  return vecml::detail::importStandardMatRecord<T>(
-      fileName, variableName, [this](int rows, int columns, auto read) {
-        if (rows > 1 && columns > 1) return vecml::detail::kMatNotAVector;
-        // One count is at most 1, so the product fits in int.
-        CDenseVector<T> loaded(rows * columns);
-        if (!read(loaded._data())) return vecml::detail::kMatUnreadable;
-        *this = std::move(loaded);
-        return vecml::detail::kMatFound;
-      });
-}
-
-template <typename T>
-void nDimFor(const std::vector<T>& start, const std::vector<T>& end,
-             std::vector<T>& counter, bool init) {
-  stepOdometer(start, end, counter, init, true);
-}
-
-template <typename T>
-void nDimForReverse(const std::vector<T>& start, const std::vector<T>& end,
-                    std::vector<T>& counter, bool init) {
-  stepOdometer(start, end, counter, init, false);
-}
-
-template class CMatrix<int>;
-template class CMatrix<float>;
-template class CMatrix<double>;
-
-#define VECML_MATRIX_INSTANTIATE_FLOATING_(T)                               \
-  template CMatrix<T> operator+(const CMatrix<T>&, const CMatrix<T>&);      \
-  template CMatrix<T> operator-(const CMatrix<T>&, const CMatrix<T>&);      \
-  template CMatrix<T> elementMul(const CMatrix<T>&, const CMatrix<T>&);     \
-  template CMatrix<T> elementDiv(const CMatrix<T>&, const CMatrix<T>&);     \
-  template CMatrix<T> operator+(const CMatrix<T>&, const T&);               \
-  template CMatrix<T> operator-(const CMatrix<T>&, const T&);               \
-  template CMatrix<T> operator*(const CMatrix<T>&, const T&);               \
-  template CMatrix<T> operator/(const CMatrix<T>&, const T&);               \
-  template CMatrix<T> operator*(const CMatrix<T>&, const CMatrix<T>&);      \
-  template CDenseVector<T> operator*(const CMatrix<T>&, const CVector<T>&); \
-  template CMatrix<T> outerProduct(const CDenseVector<T>&,                  \
-                                   const CDenseVector<T>&);
-VECML_MATRIX_INSTANTIATE_FLOATING_(float)
-VECML_MATRIX_INSTANTIATE_FLOATING_(double)
-#undef VECML_MATRIX_INSTANTIATE_FLOATING_
-
-#define VECML_MATRIX_INSTANTIATE_ALL_(T)                                     \
-  template CMatrix<T> CDenseVector<T>::asMatrix() const;                     \
-  template bool CDenseVector<T>::exportToMatFile(const char*, const char*,   \
-                                                 bool) const;                \
-  template int CDenseVector<T>::importFromMatFile(const char*, const char*); \
-  template bool CDenseVector<T>::exportToStandardMatFile(                    \
-      const char*, const char*, bool) const;                                 \
-  template int CDenseVector<T>::importFromStandardMatFile(const char*,       \
-                                                          const char*);      \
-  template void nDimFor(const std::vector<T>&, const std::vector<T>&,        \
-                        std::vector<T>&, bool);                              \
-  template void nDimForReverse(const std::vector<T>&, const std::vector<T>&, \
-                               std::vector<T>&, bool);
-VECML_MATRIX_INSTANTIATE_ALL_(int)
-VECML_MATRIX_INSTANTIATE_ALL_(float)
-VECML_MATRIX_INSTANTIATE_ALL_(double)
-#undef VECML_MATRIX_INSTANTIATE_ALL_
+VECML_FOR_ELEMENT_TYPES(VECML_MATRIX_INSTANTIATIONS, template)

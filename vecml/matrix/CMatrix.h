@@ -11,6 +11,7 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/core/detail/OutOfRange.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CVector.h"
@@ -315,39 +316,36 @@ VECML_API void nDimForReverse(const std::vector<T>& start,
                               const std::vector<T>& end,
                               std::vector<T>& counter, bool init);
 
-extern template class CMatrix<int>;
-extern template class CMatrix<float>;
-extern template class CMatrix<double>;
+#define VECML_MATRIX_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CMatrix<T>;
+VECML_FOR_ELEMENT_TYPES(VECML_MATRIX_INSTANTIATIONS, extern template)
 
-#define VECML_MATRIX_EXTERN_FLOATING_(T)                                       \
-  extern template CMatrix<T> operator+(const CMatrix<T>&, const CMatrix<T>&);  \
-  extern template CMatrix<T> operator-(const CMatrix<T>&, const CMatrix<T>&);  \
-  extern template CMatrix<T> elementMul(const CMatrix<T>&, const CMatrix<T>&); \
-  extern template CMatrix<T> elementDiv(const CMatrix<T>&, const CMatrix<T>&); \
-  extern template CMatrix<T> operator+(const CMatrix<T>&, const T&);           \
-  extern template CMatrix<T> operator-(const CMatrix<T>&, const T&);           \
-  extern template CMatrix<T> operator*(const CMatrix<T>&, const T&);           \
-  extern template CMatrix<T> operator/(const CMatrix<T>&, const T&);           \
-  extern template CMatrix<T> operator*(const CMatrix<T>&, const CMatrix<T>&);  \
-  extern template CDenseVector<T> operator*(const CMatrix<T>&,                 \
-                                            const CVector<T>&);                \
-  extern template CMatrix<T> outerProduct(const CDenseVector<T>&,              \
-                                          const CDenseVector<T>&);             \
-  extern template void save(const CMatrix<T>&, const char*);                   \
-  extern template void load(CMatrix<T>&, const char*);                         \
-  extern template bool load(CMatrix<T>&, const char*, std::string&);
-VECML_MATRIX_EXTERN_FLOATING_(float)
-VECML_MATRIX_EXTERN_FLOATING_(double)
-#undef VECML_MATRIX_EXTERN_FLOATING_
+#define VECML_MATRIX_OPERATOR_INSTANTIATIONS(INSTANTIATE, T)                   \
+  INSTANTIATE CMatrix<T> operator+(const CMatrix<T>&, const CMatrix<T>&);      \
+  INSTANTIATE CMatrix<T> operator-(const CMatrix<T>&, const CMatrix<T>&);      \
+  INSTANTIATE CMatrix<T> elementMul(const CMatrix<T>&, const CMatrix<T>&);     \
+  INSTANTIATE CMatrix<T> elementDiv(const CMatrix<T>&, const CMatrix<T>&);     \
+  INSTANTIATE CMatrix<T> operator+(const CMatrix<T>&, const T&);               \
+  INSTANTIATE CMatrix<T> operator-(const CMatrix<T>&, const T&);               \
+  INSTANTIATE CMatrix<T> operator*(const CMatrix<T>&, const T&);               \
+  INSTANTIATE CMatrix<T> operator/(const CMatrix<T>&, const T&);               \
+  INSTANTIATE CMatrix<T> operator*(const CMatrix<T>&, const CMatrix<T>&);      \
+  INSTANTIATE CDenseVector<T> operator*(const CMatrix<T>&, const CVector<T>&); \
+  INSTANTIATE CMatrix<T> outerProduct(const CDenseVector<T>&,                  \
+                                      const CDenseVector<T>&);
+VECML_FOR_FLOATING_TYPES(VECML_MATRIX_OPERATOR_INSTANTIATIONS, extern template)
 
-#define VECML_MATRIX_EXTERN_ALL_(T)                                          \
-  extern template void nDimFor(const std::vector<T>&, const std::vector<T>&, \
-                               std::vector<T>&, bool);                       \
-  extern template void nDimForReverse(                                       \
+#define VECML_MATRIX_TEXT_FILE_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE void save(const CMatrix<T>&, const char*);      \
+  INSTANTIATE void load(CMatrix<T>&, const char*);            \
+  INSTANTIATE bool load(CMatrix<T>&, const char*, std::string&);
+VECML_FOR_FLOATING_TYPES(VECML_MATRIX_TEXT_FILE_INSTANTIATIONS, extern template)
+
+#define VECML_NDIMFOR_INSTANTIATIONS(INSTANTIATE, T)                     \
+  INSTANTIATE void nDimFor(const std::vector<T>&, const std::vector<T>&, \
+                           std::vector<T>&, bool);                       \
+  INSTANTIATE void nDimForReverse(                                       \
       const std::vector<T>&, const std::vector<T>&, std::vector<T>&, bool);
-VECML_MATRIX_EXTERN_ALL_(int)
-VECML_MATRIX_EXTERN_ALL_(float)
-VECML_MATRIX_EXTERN_ALL_(double)
-#undef VECML_MATRIX_EXTERN_ALL_
+VECML_FOR_ELEMENT_TYPES(VECML_NDIMFOR_INSTANTIATIONS, extern template)
 
 #endif

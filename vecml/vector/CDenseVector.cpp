@@ -511,12 +511,4 @@ CDenseVector<T> elementMul(const CDenseVector<T>& x, const CDenseVector<T>& y) {
   return result;
 }
 
-template class CDenseVector<int>;
-template class CDenseVector<float>;
-template class CDenseVector<double>;
-template CDenseVector<int> elementMul(const CDenseVector<int>&,
-                                      const CDenseVector<int>&);
-template CDenseVector<float> elementMul(const CDenseVector<float>&,
-                                        const CDenseVector<float>&);
-template CDenseVector<double> elementMul(const CDenseVector<double>&,
-                                         const CDenseVector<double>&);
+VECML_FOR_ELEMENT_TYPES(VECML_DENSE_VECTOR_INSTANTIATIONS, template)

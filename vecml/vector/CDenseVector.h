@@ -9,6 +9,7 @@
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/core/Macros.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/core/detail/OutOfRange.h"
 #include "vecml/vector/CVector.h"
 
@@ -88,16 +89,18 @@ class VECML_API CDenseVector : public CVector<T> {
   /// int sums wrap; the int root is truncated toward zero.
   T euclideanLength(bool squared) const override;
 
-  /// requires: 0 <= i; i >= dimension() aborts with an ML_LS_CHK report.
+  /// requires: 0 <= i; i >= dimension() aborts with an ML_LS_CHK report
+  /// at detail::kDenseConstIndexCheck.
   const T& operator[](int i) const override {
     if (static_cast<unsigned>(i) < static_cast<unsigned>(dim)) return data[i];
-    ML_LS_CHK_AT(i, dim, "CDenseVector.h", 168);
+    ML_LS_CHK_AT(i, dim, vecml::detail::kDenseConstIndexCheck);
     return vecml::detail::zeroElement<T>();
   }
-  /// requires: 0 <= i; i >= dimension() aborts with an ML_LS_CHK report.
+  /// requires: 0 <= i; i >= dimension() aborts with an ML_LS_CHK report
+  /// at detail::kDenseIndexCheck.
   T& operator[](int i) {
     if (static_cast<unsigned>(i) < static_cast<unsigned>(dim)) return data[i];
-    ML_LS_CHK_AT(i, dim, "CDenseVector.h", 179);
+    ML_LS_CHK_AT(i, dim, vecml::detail::kDenseIndexCheck);
     return vecml::detail::discardedElement<T>();
   }
   /// Unchecked read. requires: 0 <= i < dimension() (otherwise 0).
@@ -232,14 +235,10 @@ template <typename T>
 VECML_API CDenseVector<T> elementMul(const CDenseVector<T>& x,
                                      const CDenseVector<T>& y);
 
-extern template class CDenseVector<int>;
-extern template class CDenseVector<float>;
-extern template class CDenseVector<double>;
-extern template CDenseVector<int> elementMul(const CDenseVector<int>&,
-                                             const CDenseVector<int>&);
-extern template CDenseVector<float> elementMul(const CDenseVector<float>&,
-                                               const CDenseVector<float>&);
-extern template CDenseVector<double> elementMul(const CDenseVector<double>&,
-                                                const CDenseVector<double>&);
+#define VECML_DENSE_VECTOR_INSTANTIATIONS(INSTANTIATE, T)        \
+  INSTANTIATE class CDenseVector<T>;                             \
+  INSTANTIATE CDenseVector<T> elementMul(const CDenseVector<T>&, \
+                                         const CDenseVector<T>&);
+VECML_FOR_ELEMENT_TYPES(VECML_DENSE_VECTOR_INSTANTIATIONS, extern template)
 
 #endif

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "vecml/core/detail/Arithmetic.h"
+#include "vecml/core/detail/MessagePositions.h"
 
 // The C library's assertion report, called directly so that these checks
 // stay live when NDEBUG is defined.
@@ -11,11 +12,11 @@ extern "C" [[noreturn]] void __assert_fail(const char* assertion,
                                            const char* file, unsigned int line,
                                            const char* function) noexcept;
 
-// Asserts `condition`, reporting `text` at `line` of this source file.
-#define VECML_SPARSE_ASSERT(condition, text, line) \
-  ((condition)                                     \
-       ? void(0)                                   \
-       : __assert_fail(text, "CSparseVector.cpp", line, __PRETTY_FUNCTION__))
+// Asserts `condition`, reporting `text` at the fixed `position`.
+#define VECML_SPARSE_ASSERT(condition, text, position)                 \
+  ((condition) ? void(0)                                               \
+               : __assert_fail(text, (position).file, (position).line, \
+                               __PRETTY_FUNCTION__))
 
 namespace {
 
@@ -49,10 +50,12 @@ CSparseVector<T>::CSparseVector(int dim, int size)
 template <typename T>
 CSparseVector<T>::CSparseVector(int d, int s, T* init_values, int* pos)
     : dim(d), size(s) {
-  VECML_SPARSE_ASSERT(d >= 0, "d >= 0", 65);
-  VECML_SPARSE_ASSERT(s >= 0, "s >= 0", 66);
-  VECML_SPARSE_ASSERT(init_values != nullptr, "init_values != __null", 67);
-  VECML_SPARSE_ASSERT(pos != nullptr, "pos != __null", 68);
+  VECML_SPARSE_ASSERT(d >= 0, "d >= 0", vecml::detail::kSparseDimensionAssert);
+  VECML_SPARSE_ASSERT(s >= 0, "s >= 0", vecml::detail::kSparseSizeAssert);
+  VECML_SPARSE_ASSERT(init_values != nullptr, "init_values != __null",
+                      vecml::detail::kSparseValuesAssert);
+  VECML_SPARSE_ASSERT(pos != nullptr, "pos != __null",
+                      vecml::detail::kSparsePositionsAssert);
   elements.reset(new Entry[s]);
   for (int i = 0; i < s; ++i) elements[i] = Entry(pos[i], init_values[i]);
   std::sort(begin(), end(),
@@ -62,7 +65,8 @@ CSparseVector<T>::CSparseVector(int d, int s, T* init_values, int* pos)
 template <typename T>
 CSparseVector<T>::CSparseVector(const CSparseVector<T>& other)
     : CVector<T>(other), dim(other.dim), size(other.size) {
-  VECML_SPARSE_ASSERT(other.elements != nullptr, "elements != __null", 116);
+  VECML_SPARSE_ASSERT(other.elements != nullptr, "elements != __null",
+                      vecml::detail::kSparseCopySourceAssert);
   elements.reset(new Entry[size]);
   std::copy(other.begin(), other.end(), begin());
 }
@@ -159,8 +163,10 @@ T CSparseVector<T>::euclideanLength(bool squared) const {
 
 template <typename T>
 const T& CSparseVector<T>::operator[](int index) const {
-  VECML_SPARSE_ASSERT(index >= 0, "index >= 0", 139);
-  VECML_SPARSE_ASSERT(index < dim, "index < dim", 140);
+  VECML_SPARSE_ASSERT(index >= 0, "index >= 0",
+                      vecml::detail::kSparseIndexNotNegativeAssert);
+  VECML_SPARSE_ASSERT(index < dim, "index < dim",
+                      vecml::detail::kSparseIndexBelowDimensionAssert);
   const Entry* found = lowerBound(begin(), end(), index);
   return (found != end() && found->first == index) ? found->second
                                                    : nullElement;
@@ -175,7 +181,8 @@ T CSparseVector<T>::getElement(int index) const {
 
 template <typename T>
 void CSparseVector<T>::setElement(int i, Entry entry) {
-  VECML_SPARSE_ASSERT(i < size, "index < size", 162);
+  VECML_SPARSE_ASSERT(i < size, "index < size",
+                      vecml::detail::kSparseEntryBelowSizeAssert);
   if (i >= 0) elements[i] = entry;
 }
 
@@ -224,13 +231,4 @@ CSparseVector<T> elementMul(const CSparseVector<T>& v, const CVector<T>& w) {
   return withoutZeros(copy);
 }
 
-#define VECML_INSTANTIATE_SPARSE_(T)                                      \
-  template class CSparseVector<T>;                                        \
-  template CSparseVector<T> operator*(const CSparseVector<T>&, const T&); \
-  template CSparseVector<T> operator*(const T&, const CSparseVector<T>&); \
-  template CSparseVector<T> operator/(const CSparseVector<T>&, const T&); \
-  template CSparseVector<T> elementMul(const CSparseVector<T>&,           \
-                                       const CVector<T>&);
-VECML_INSTANTIATE_SPARSE_(int)
-VECML_INSTANTIATE_SPARSE_(float)
-VECML_INSTANTIATE_SPARSE_(double)
+VECML_FOR_ELEMENT_TYPES(VECML_SPARSE_VECTOR_INSTANTIATIONS, template)

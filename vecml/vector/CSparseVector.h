@@ -8,6 +8,7 @@
 
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CVector.h"
 
@@ -104,19 +105,13 @@ template <typename T>
 VECML_API CSparseVector<T> elementMul(const CSparseVector<T>& v,
                                       const CVector<T>& w);
 
-#define VECML_DECLARE_SPARSE_FUNCTIONS_(T)                             \
-  extern template class CSparseVector<T>;                              \
-  extern template CSparseVector<T> operator*(const CSparseVector<T>&,  \
-                                             const T&);                \
-  extern template CSparseVector<T> operator*(const T&,                 \
-                                             const CSparseVector<T>&); \
-  extern template CSparseVector<T> operator/(const CSparseVector<T>&,  \
-                                             const T&);                \
-  extern template CSparseVector<T> elementMul(const CSparseVector<T>&, \
-                                              const CVector<T>&);
-VECML_DECLARE_SPARSE_FUNCTIONS_(int)
-VECML_DECLARE_SPARSE_FUNCTIONS_(float)
-VECML_DECLARE_SPARSE_FUNCTIONS_(double)
-#undef VECML_DECLARE_SPARSE_FUNCTIONS_
+#define VECML_SPARSE_VECTOR_INSTANTIATIONS(INSTANTIATE, T)                   \
+  INSTANTIATE class CSparseVector<T>;                                        \
+  INSTANTIATE CSparseVector<T> operator*(const CSparseVector<T>&, const T&); \
+  INSTANTIATE CSparseVector<T> operator*(const T&, const CSparseVector<T>&); \
+  INSTANTIATE CSparseVector<T> operator/(const CSparseVector<T>&, const T&); \
+  INSTANTIATE CSparseVector<T> elementMul(const CSparseVector<T>&,           \
+                                          const CVector<T>&);
+VECML_FOR_ELEMENT_TYPES(VECML_SPARSE_VECTOR_INSTANTIATIONS, extern template)
 
 #endif

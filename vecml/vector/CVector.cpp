@@ -69,6 +69,4 @@ void CVector<T>::adaptToVec(const CVector<T>& target, float rate, float keep) {
       *this, target, rate, keep);
 }
 
-template class CVector<int>;
-template class CVector<float>;
-template class CVector<double>;
+VECML_FOR_ELEMENT_TYPES(VECML_VECTOR_INSTANTIATIONS, template)

@@ -8,6 +8,7 @@
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 
 /// Abstract vector of int, float or double elements.
 ///
@@ -70,8 +71,8 @@ class VECML_API CVector : public CObject<T> {
   void adaptToVec(const CVector<T>& target, float rate, float keep);
 };
 
-extern template class CVector<int>;
-extern template class CVector<float>;
-extern template class CVector<double>;
+#define VECML_VECTOR_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CVector<T>;
+VECML_FOR_ELEMENT_TYPES(VECML_VECTOR_INSTANTIATIONS, extern template)
 
 #endif

@@ -11,6 +11,7 @@
 #include "vecml/core/detail/Arithmetic.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CSparseVector.h"
+#include "vecml/vector/detail/ExactKind.h"
 
 using vecml::detail::add;
 using vecml::detail::divide;
@@ -18,26 +19,24 @@ using vecml::detail::multiply;
 using vecml::detail::subtract;
 using vecml::detail::truncateToInt;
 
-namespace {
+const char* UnsupportedArgumentsException::what() const noexcept {
+  return "Unsupported argument types for this operation";
+}
 
-class UnsupportedArgumentsException : public std::exception {
- public:
-  const char* what() const noexcept override {
-    return "Unsupported argument types for this operation";
-  }
-};
+namespace {
 
 // Converts an operand to its concrete kind. The exact class is recognised
 // by one typeid comparison, which is much cheaper than the dynamic_cast that
 // a subclass needs; a wrong kind still ends in std::bad_cast.
 template <typename Concrete, typename T>
 const Concrete& as(const CVector<T>& v) {
-  if (typeid(v) == typeid(Concrete)) return static_cast<const Concrete&>(v);
+  if (const Concrete* exact = vecml::detail::exactly<Concrete>(v))
+    return *exact;
   return dynamic_cast<const Concrete&>(v);
 }
 template <typename Concrete, typename T>
 Concrete& as(CVector<T>& v) {
-  if (typeid(v) == typeid(Concrete)) return static_cast<Concrete&>(v);
+  if (Concrete* exact = vecml::detail::exactly<Concrete>(v)) return *exact;
   return dynamic_cast<Concrete&>(v);
 }
 
@@ -595,6 +594,4 @@ CVectorOperations<T>::getElementAdapt(const CVector<T>& dst,
   return lookupInplaceFunctionArg(elementAdapt, dst, src);
 }
 
-template class CVectorOperations<int>;
-template class CVectorOperations<float>;
-template class CVectorOperations<double>;
+VECML_FOR_ELEMENT_TYPES(VECML_VECTOR_OPERATIONS_INSTANTIATIONS, template)

@@ -2,11 +2,21 @@
 #ifndef VECML_VECTOR_CVECTOROPERATIONS_H
 #define VECML_VECTOR_CVECTOROPERATIONS_H
 
+#include <exception>
 #include <typeinfo>
 
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
+#include "vecml/core/detail/Instantiation.h"
 #include "vecml/vector/CVector.h"
+
+/// Thrown by a vector operation that has no kernel for the kinds of its
+/// operands: copying a dense vector into a sparse one.
+class VECML_API UnsupportedArgumentsException : public std::exception {
+ public:
+  /// \return "Unsupported argument types for this operation".
+  const char* what() const noexcept override;
+};
 
 /// One table of four kernels per binary vector operation, indexed by the
 /// kinds of the first and second operand:
@@ -28,7 +38,8 @@
 /// coCosine distance divides and roots in double and truncates toward zero;
 /// adaptation truncates each float product toward zero before adding it.
 ///
-/// Failures: a copy from a dense into a sparse vector throws
+/// Failures (the only exceptions a caller of the vector operations sees): a
+/// copy from a dense into a sparse vector throws
 /// UnsupportedArgumentsException; adapting a sparse destination throws
 /// CException("Adaptation of sparse vectors is not supported."); operands
 /// of any other class throw the const char* "bad operation requested".
@@ -108,8 +119,8 @@ class VECML_API CVectorOperations {
   InplaceFunctionArg elementAdapt[4];
 };
 
-extern template class CVectorOperations<int>;
-extern template class CVectorOperations<float>;
-extern template class CVectorOperations<double>;
+#define VECML_VECTOR_OPERATIONS_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE class CVectorOperations<T>;
+VECML_FOR_ELEMENT_TYPES(VECML_VECTOR_OPERATIONS_INSTANTIATIONS, extern template)
 
 #endif

@@ -25,6 +25,22 @@ VECML_API CpuLevel cpuLevel();
 ///         request.
 VECML_API CpuLevel requestedCpuLevel(CpuLevel supported, const char* request);
 
+/// \return the choice made for the widest instruction set that \p level
+///         allows: \p avx512, \p avx2 or \p baseline.
+template <typename Choice>
+Choice choiceForCpu(CpuLevel level, Choice avx512, Choice avx2,
+                    Choice baseline) {
+  switch (level) {
+    case CpuLevel::avx512:
+      return avx512;
+    case CpuLevel::avx2:
+      return avx2;
+    case CpuLevel::baseline:
+      break;
+  }
+  return baseline;
+}
+
 }  // namespace vecml::detail
 
 #if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))

@@ -15,11 +15,6 @@ T& discardedElement() {
   return sink;
 }
 
-template const int& zeroElement<int>();
-template const float& zeroElement<float>();
-template const double& zeroElement<double>();
-template int& discardedElement<int>();
-template float& discardedElement<float>();
-template double& discardedElement<double>();
+VECML_FOR_ELEMENT_TYPES(VECML_OUT_OF_RANGE_INSTANTIATIONS, template)
 
 }  // namespace vecml::detail

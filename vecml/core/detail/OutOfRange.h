@@ -4,6 +4,7 @@
 #define VECML_CORE_DETAIL_OUTOFRANGE_H
 
 #include "vecml/core/Export.h"
+#include "vecml/core/detail/Instantiation.h"
 
 namespace vecml::detail {
 
@@ -16,12 +17,10 @@ VECML_API const T& zeroElement();
 template <typename T>
 VECML_API T& discardedElement();
 
-extern template const int& zeroElement<int>();
-extern template const float& zeroElement<float>();
-extern template const double& zeroElement<double>();
-extern template int& discardedElement<int>();
-extern template float& discardedElement<float>();
-extern template double& discardedElement<double>();
+#define VECML_OUT_OF_RANGE_INSTANTIATIONS(INSTANTIATE, T) \
+  INSTANTIATE const T& zeroElement<T>();                  \
+  INSTANTIATE T& discardedElement<T>();
+VECML_FOR_ELEMENT_TYPES(VECML_OUT_OF_RANGE_INSTANTIATIONS, extern template)
 
 }  // namespace vecml::detail
 

@@ -5,12 +5,13 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <typeinfo>
 #include <vector>
 
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
+#include "vecml/dataset/detail/Prefetch.h"
 #include "vecml/vector/CDenseVector.h"
+#include "vecml/vector/detail/ExactKind.h"
 
 namespace vecml::detail {
 
@@ -51,9 +52,9 @@ class DatasetInputs {
   static constexpr int kLines = 8;
 
   const T* denseElements(const CVector<T>& v) const {
-    if (typeid(v) != typeid(CDenseVector<T>)) return nullptr;
-    const auto& dense = static_cast<const CDenseVector<T>&>(v);
-    return dense.dimension() >= d ? dense._data() : nullptr;
+    const CDenseVector<T>* dense = exactlyDense(v);
+    return dense != nullptr && dense->dimension() >= d ? dense->_data()
+                                                       : nullptr;
   }
 
   void prefetch(int n) const {
@@ -63,11 +64,8 @@ class DatasetInputs {
     if (n < items - kAhead) {
       const T* elements = denseElements(*data.item(n + kAhead).inputVector());
       if (elements == nullptr) return;
-      const auto* bytes = reinterpret_cast<const char*>(elements);
-      const std::intptr_t size = static_cast<std::intptr_t>(d) * sizeof(T);
-      for (std::intptr_t offset = 0;
-           offset < std::min<std::intptr_t>(size, kLines * 64); offset += 64)
-        __builtin_prefetch(bytes + offset);
+      prefetchLines(elements, static_cast<std::intptr_t>(d) * sizeof(T),
+                    kLines);
     }
   }
 

@@ -133,15 +133,8 @@ VECML_TARGET_AVX512 void sweepAvx512(T* state, const T* x, int d, int padded,
 /// The sweep for `Step` on the widest path this process may use.
 template <typename T, typename Step>
 auto pickSweep() -> void (*)(T*, const T*, int, int, Step) {
-  switch (cpuLevel()) {
-    case CpuLevel::avx512:
-      return sweepAvx512<T, Step>;
-    case CpuLevel::avx2:
-      return sweepAvx2<T, Step>;
-    case CpuLevel::baseline:
-      break;
-  }
-  return sweepBaseline<T, Step>;
+  return choiceForCpu(cpuLevel(), sweepAvx512<T, Step>, sweepAvx2<T, Step>,
+                      sweepBaseline<T, Step>);
 }
 
 /// The lower triangle of a symmetric d x d matrix, zero at first, updated

@@ -233,14 +233,10 @@ void multiplyColumnMajor(const ProductOperands<T>& p, CpuLevel level) {
     return;
   }
 #if VECML_HAVE_X86_KERNELS
-  switch (std::min(level, cpuLevel())) {
-    case CpuLevel::avx512:
-      return productFast(p, Kernels<T>::avx512);
-    case CpuLevel::avx2:
-      return productFast(p, Kernels<T>::avx2);
-    case CpuLevel::baseline:
-      break;
-  }
+  if (const auto* kernels = choiceForCpu<const TileKernel<T>*>(
+          std::min(level, cpuLevel()), &Kernels<T>::avx512, &Kernels<T>::avx2,
+          nullptr))
+    return productFast(p, *kernels);
 #else
   static_cast<void>(level);
 #endif
@@ -252,11 +248,6 @@ void multiplyColumnMajor(const ProductOperands<T>& p) {
   multiplyColumnMajor(p, cpuLevel());
 }
 
-template void multiplyColumnMajor<float>(const ProductOperands<float>&,
-                                         CpuLevel);
-template void multiplyColumnMajor<double>(const ProductOperands<double>&,
-                                          CpuLevel);
-template void multiplyColumnMajor<float>(const ProductOperands<float>&);
-template void multiplyColumnMajor<double>(const ProductOperands<double>&);
+VECML_FOR_FLOATING_TYPES(VECML_MATRIX_PRODUCT_INSTANTIATIONS, template)
 
 }  // namespace vecml::detail

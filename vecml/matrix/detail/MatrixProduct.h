@@ -19,6 +19,7 @@
 
 #include "vecml/core/Export.h"
 #include "vecml/core/detail/CpuLevel.h"
+#include "vecml/core/detail/Instantiation.h"
 
 namespace vecml::detail {
 
@@ -43,13 +44,11 @@ VECML_API void multiplyColumnMajor(const ProductOperands<T>& p, CpuLevel level);
 template <typename T>
 VECML_API void multiplyColumnMajor(const ProductOperands<T>& p);
 
-extern template void multiplyColumnMajor<float>(const ProductOperands<float>&,
-                                                CpuLevel);
-extern template void multiplyColumnMajor<double>(const ProductOperands<double>&,
-                                                 CpuLevel);
-extern template void multiplyColumnMajor<float>(const ProductOperands<float>&);
-extern template void multiplyColumnMajor<double>(
-    const ProductOperands<double>&);
+#define VECML_MATRIX_PRODUCT_INSTANTIATIONS(INSTANTIATE, T)          \
+  INSTANTIATE void multiplyColumnMajor<T>(const ProductOperands<T>&, \
+                                          CpuLevel);                 \
+  INSTANTIATE void multiplyColumnMajor<T>(const ProductOperands<T>&);
+VECML_FOR_FLOATING_TYPES(VECML_MATRIX_PRODUCT_INSTANTIATIONS, extern template)
 
 }  // namespace vecml::detail
 

@@ -158,17 +158,15 @@ VECML_TARGET_AVX512 void squaredDistancesAvx512(const T* const* rows,
 /// \return the block kernel that cpuLevel() allows (T float or double).
 template <typename T>
 DenseDistanceKernel<T> denseDistanceKernel() {
+  const DenseDistanceKernel<T> baseline{kBaselineDistanceBlock,
+                                        squaredDistancesBaseline<T>};
 #if VECML_HAVE_X86_KERNELS
-  switch (cpuLevel()) {
-    case CpuLevel::avx512:
-      return {avx2DistanceBlock<T>(), squaredDistancesAvx512<T>};
-    case CpuLevel::avx2:
-      return {avx2DistanceBlock<T>(), squaredDistancesAvx2<T>};
-    case CpuLevel::baseline:
-      break;
-  }
+  return choiceForCpu<DenseDistanceKernel<T>>(
+      cpuLevel(), {avx2DistanceBlock<T>(), squaredDistancesAvx512<T>},
+      {avx2DistanceBlock<T>(), squaredDistancesAvx2<T>}, baseline);
+#else
+  return baseline;
 #endif
-  return {kBaselineDistanceBlock, squaredDistancesBaseline<T>};
 }
 
 }  // namespace vecml::detail

@@ -7,9 +7,9 @@
 #include <cmath>
 #include <limits>
 
-#include "learning/KernelTestSupport.h"
-#include "learning/MetricTestSupport.h"
-#include "vecml/learning/CKernel.h"
+#include "kernel/KernelTestSupport.h"
+#include "metric/MetricTestSupport.h"
+#include "vecml/kernel/CKernel.h"
 
 namespace {
 

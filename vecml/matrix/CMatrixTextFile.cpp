@@ -1,5 +1,5 @@
-// The text form of matrices: "rows columns " and then every element followed
-// by a blank, in storage order.
+// The matrix text file: save() writes the shape and the elements in
+// storage order, load() reads them back.
 #include <algorithm>
 #include <climits>
 #include <cstdint>
@@ -8,6 +8,9 @@
 #include <vector>
 
 #include "vecml/matrix/CMatrix.h"
+#include "vecml/matrix/detail/MatrixStorage.h"
+
+using vecml::detail::storedCount;
 
 namespace {
 
@@ -58,8 +61,7 @@ void save(const CMatrix<T>& m, const char* path) {
   std::ofstream out(path, std::ios::trunc);
   out << m.rows() << " " << m.columns() << " ";
   const T* data = m._data();
-  const int count = m._data() != nullptr ? m.rows() * m.columns() : 0;
-  for (int k = 0; k < count; ++k) out << data[k] << " ";
+  for (int k = 0; k < storedCount(m); ++k) out << data[k] << " ";
 }
 
 template <typename T>
@@ -100,10 +102,4 @@ bool load(CMatrix<T>& m, const char* path, std::string& error) {
   return true;
 }
 
-#define VECML_MATRIX_TEXT_INSTANTIATE_(T)             \
-  template void save(const CMatrix<T>&, const char*); \
-  template void load(CMatrix<T>&, const char*);       \
-  template bool load(CMatrix<T>&, const char*, std::string&);
-VECML_MATRIX_TEXT_INSTANTIATE_(float)
-VECML_MATRIX_TEXT_INSTANTIATE_(double)
-#undef VECML_MATRIX_TEXT_INSTANTIATE_
+VECML_FOR_FLOATING_TYPES(VECML_MATRIX_TEXT_FILE_INSTANTIATIONS, template)

@@ -1,4 +1,4 @@
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 
 #include <cmath>
 
@@ -168,16 +168,4 @@ T CHyperbolicMetric<T>::distance(const CVector<T>& a,
                                ((T(1) - xSquared) * (T(1) - ySquared)));
 }
 
-#define VECML_INSTANTIATE_METRICS_(T)  \
-  template class CMetric<T>;           \
-  template class CEuclideanMetric<T>;  \
-  template class CEuclideanMetric2<T>; \
-  template class CManhattenMetric<T>;  \
-  template class CMaximumMetric<T>;    \
-  template class CScalarMetric<T>;     \
-  template class CCoCosineMetric<T>;   \
-  template class CAngleMetric<T>;      \
-  template class CHyperbolicMetric<T>;
-VECML_INSTANTIATE_METRICS_(float)
-VECML_INSTANTIATE_METRICS_(double)
-#undef VECML_INSTANTIATE_METRICS_
+VECML_FOR_FLOATING_TYPES(VECML_METRIC_INSTANTIATIONS, template)

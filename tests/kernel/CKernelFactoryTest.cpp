@@ -5,10 +5,10 @@
 #include <memory>
 #include <string>
 
-#include "learning/KernelTestSupport.h"
+#include "kernel/KernelTestSupport.h"
 #include "support/CaptureOutput.h"
 #include "vecml/core/CObjectFactory.h"
-#include "vecml/learning/CKernel.h"
+#include "vecml/kernel/CKernel.h"
 
 namespace {
 

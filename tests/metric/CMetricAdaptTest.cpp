@@ -4,10 +4,10 @@
 #include <limits>
 #include <vector>
 
-#include "learning/MetricTestSupport.h"
+#include "metric/MetricTestSupport.h"
 #include "support/CaptureOutput.h"
 #include "vecml/core/CException.h"
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 
 namespace {
 

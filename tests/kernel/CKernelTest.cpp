@@ -1,11 +1,11 @@
-#include "vecml/learning/CKernel.h"
+#include "vecml/kernel/CKernel.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
 
-#include "learning/KernelTestSupport.h"
+#include "kernel/KernelTestSupport.h"
 #include "support/CaptureOutput.h"
 
 namespace {

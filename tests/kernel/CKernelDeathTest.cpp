@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "learning/KernelTestSupport.h"
-#include "vecml/learning/CKernel.h"
+#include "kernel/KernelTestSupport.h"
+#include "vecml/kernel/CKernel.h"
 
 namespace {
 

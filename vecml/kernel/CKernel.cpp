@@ -1,4 +1,4 @@
-#include "vecml/learning/CKernel.h"
+#include "vecml/kernel/CKernel.h"
 
 #include <cmath>
 #include <iostream>
@@ -9,11 +9,6 @@
 #include "vecml/core/detail/BinaryIO.h"
 
 namespace {
-
-// Lines reported by the dimension checks of the multivariate Gaussian
-// kernel; they are part of its documented abort message.
-constexpr int kVectorDimensionCheckLine = 538;
-constexpr int kArrayDimensionCheckLine = 548;
 
 template <typename T>
 T squaredDifference(T x, T y) {
@@ -595,7 +590,7 @@ template <typename T>
 T CMultiVariateGaussianKernel<T>::execute(const CVector<T>& rtVector1,
                                           const CVector<T>& rtVector2) const {
   ML_EQ_CHK_AT(bandwidthVector.dimension(), rtVector1.dimension(),
-               "CKernel.cpp", kVectorDimensionCheckLine);
+               vecml::detail::kKernelVectorDimensionCheck);
   return multiVariateGaussian(rtVector1.dimension(), rtVector1, rtVector2,
                               bandwidthVector);
 }
@@ -604,7 +599,7 @@ template <typename T>
 T CMultiVariateGaussianKernel<T>::execute(const CVector<T>& rtVector1,
                                           const T* ptVector2) const {
   ML_EQ_CHK_AT(bandwidthVector.dimension(), rtVector1.dimension(),
-               "CKernel.cpp", kVectorDimensionCheckLine);
+               vecml::detail::kKernelVectorDimensionCheck);
   return multiVariateGaussian(rtVector1.dimension(), rtVector1, ptVector2,
                               bandwidthVector);
 }
@@ -612,8 +607,8 @@ T CMultiVariateGaussianKernel<T>::execute(const CVector<T>& rtVector1,
 template <typename T>
 T CMultiVariateGaussianKernel<T>::execute(const T* ptVector1,
                                           const T* ptVector2, int iDim) const {
-  ML_EQ_CHK_AT(iDim, bandwidthVector.dimension(), "CKernel.cpp",
-               kArrayDimensionCheckLine);
+  ML_EQ_CHK_AT(iDim, bandwidthVector.dimension(),
+               vecml::detail::kKernelArrayDimensionCheck);
   return multiVariateGaussian(iDim, ptVector1, ptVector2, bandwidthVector);
 }
 
@@ -671,18 +666,4 @@ T CEpanechnikovKernel<T>::execute(T x) const {
   return std::exp(-x / (sigma * sigma));
 }
 
-#define VECML_INSTANTIATE_KERNELS_(T)            \
-  template class CKernel<T>;                     \
-  template class CGaussianKernel<T>;             \
-  template class CPlummerKernel<T>;              \
-  template class CTriangularKernel<T>;           \
-  template class CLinearKernel<T>;               \
-  template class CPolynomialKernel<T>;           \
-  template class CDoubleExponentialKernel<T>;    \
-  template class CAnovaKernel<T>;                \
-  template class CChiSquaredKernel<T>;           \
-  template class CMultiVariateGaussianKernel<T>; \
-  template class CEpanechnikovKernel<T>;
-VECML_INSTANTIATE_KERNELS_(float)
-VECML_INSTANTIATE_KERNELS_(double)
-#undef VECML_INSTANTIATE_KERNELS_
+VECML_FOR_FLOATING_TYPES(VECML_KERNEL_INSTANTIATIONS, template)

@@ -4,10 +4,10 @@
 
 #include <cmath>
 
-#include "learning/KernelTestSupport.h"
-#include "learning/MetricTestSupport.h"
+#include "kernel/KernelTestSupport.h"
+#include "metric/MetricTestSupport.h"
 #include "support/CaptureOutput.h"
-#include "vecml/learning/CKernel.h"
+#include "vecml/kernel/CKernel.h"
 
 namespace {
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "learning/KernelTestSupport.h"
+#include "kernel/KernelTestSupport.h"
 #include "support/RecordingArchive.h"
 #include "support/TempFile.h"
-#include "vecml/learning/CKernel.h"
+#include "vecml/kernel/CKernel.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 #include <fstream>
 #include <limits>
 
-#include "learning/MetricTestSupport.h"
+#include "metric/MetricTestSupport.h"
 #include "support/RecordingArchive.h"
 
 namespace {

@@ -8,8 +8,8 @@
 
 #include <cmath>
 
-#include "learning/KernelTestSupport.h"
-#include "vecml/learning/CKernel.h"
+#include "kernel/KernelTestSupport.h"
+#include "vecml/kernel/CKernel.h"
 
 namespace {
 

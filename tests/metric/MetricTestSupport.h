@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "vecml/learning/CMetric.h"
+#include "vecml/metric/CMetric.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/CSparseVector.h"
 

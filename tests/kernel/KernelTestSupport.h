@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "support/CaptureOutput.h"
-#include "vecml/learning/CKernel.h"
+#include "vecml/kernel/CKernel.h"
 
 // Builds a kernel without letting its constructor line reach the test log.
 template <typename Kernel, typename... Args>
