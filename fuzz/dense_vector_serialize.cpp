@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary reader of CDenseVector<double>::serialize on arbitrary bytes.
 #include "FuzzSupport.h"
 #include "vecml/vector/CDenseVector.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loads a matrix text file of arbitrary bytes.
 #include "FuzzSupport.h"
 #include "vecml/matrix/CMatrix.h"

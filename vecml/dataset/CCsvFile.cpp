@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Delimited text tables to datasets and back.
 #include "vecml/dataset/CCsvFile.h"
 
