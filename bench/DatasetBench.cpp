@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Speed of writing and reading a gzip dataset file of 1,000,000 items (16
 // random float inputs, 1 output), next to zlib alone doing the same work:
 // gzwrite of the same record bytes at the default level, and a gzread loop

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Speed of the n x n matrix product (float and double) and of the
 // 4096 x 4096 float matrix x vector product, next to the same operations in
 // the optimised linear-algebra libraries a user would otherwise call. Rates

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Speed of the dataset statistics on 100,000 items of 64 float features: the
 // covariance matrix next to the matrix-product formulation a user would pick
 // otherwise (centre the data, then a symmetric rank-k update divided by n,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Speed of the dense float scalar product, the Euclidean distance and the
 // best-match search over a dataset, next to hand-written loops with the same
 // arithmetic (a sequential sum per vector, a square root, a strict

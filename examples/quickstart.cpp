@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Quick start: read the iris flowers, standardise them, print their
 // statistics, learn a few prototypes by online vector quantisation, save the
 // prototypes and draw what was learned as an SVG scatter plot.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Helpers shared by the fuzz harnesses: a scratch file for readers that take
 // file names or file streams, and silent standard streams so that the
 // readers' console lines do not drown the fuzzer's own output.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads a CSV table of arbitrary bytes into a dataset. The first input
 // byte chooses the options (header, delimiter, label and output columns)
 // so that every reading path is reachable; the rest is the table. A

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The validating dataset file reader on arbitrary file contents: gzip
 // data (hostile or cut short) or plain bytes, which zlib passes through.
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The validating dataset file reader on gzip files that inflate far beyond
 // their size. Input: a fill byte, a run length, a flag byte and the head of
 // a record. The file is one gzip member holding the head, then (in a second

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trusting dataset record reader on arbitrary bytes. No cap is needed
 // before the call: the reader makes items only as their values arrive and
 // at most 65,536 items without values, so its memory follows the input.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The validating dataset record reader on arbitrary bytes. It must bound
 // itself, so nothing is capped here. A record it accepts must survive a
 // write and a second validating read unchanged.

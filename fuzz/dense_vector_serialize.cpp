@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary reader of CDenseVector<double>::serialize on arbitrary bytes.
 //
 // A record with an unknown element tag reads no elements but still makes a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads a whole file of arbitrary bytes through igzstream. Every seventh
 // character is put back and read again, which must give the same
 // character, also right after a refill of the buffer.

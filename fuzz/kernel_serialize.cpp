@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary reader of CPolynomialKernel<double>::serialize on arbitrary
 // bytes, then one evaluation with whatever parameters it read.
 #include "FuzzSupport.h"

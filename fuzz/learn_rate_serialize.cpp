@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary reader of CLinearRate<float>::serialize on arbitrary bytes,
 // then the schedule run with whatever steps and iteration it read.
 #include "FuzzSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Imports the variable "x" from a MAT file of arbitrary bytes into a
 // float vector.
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Imports the variable "x" from a standard Level 4 MAT file (4-byte header
 // fields) of arbitrary bytes into a double matrix. Any result but 0 must
 // leave the matrix as it was.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loads a matrix text file of arbitrary bytes, plainly and checked. A
 // checked load that fails must give a message and leave the matrix as it
 // was.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary reader of CMatrix<float>::serialize on arbitrary bytes.
 #include "FuzzSupport.h"
 #include "vecml/matrix/CMatrix.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hands arbitrary bytes to the object factory as a class name, through
 // both overloads of canProduce and produceObject. A name that is not a
 // plain class name (1 to 245 ASCII letters, digits and underscores, not

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Entry points of one factory plug-in. The build compiles this file once per
 // producible class, defining VECML_PLUGIN_HEADER (the class's header),
 // VECML_PLUGIN_CLASS (the class template) and VECML_PLUGIN_ARGS (constructor

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vecml-data: converts delimited text tables to dataset files and back, and
 // prints the per-feature statistics of a dataset file.
 #include <sys/stat.h>

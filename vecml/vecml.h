@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Umbrella header: includes every public header of vecml.
 #ifndef VECML_VECML_H
 #define VECML_VECML_H

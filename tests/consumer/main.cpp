@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Uses the installed vecml through its umbrella header and checks a few
 // answers; exits non-zero on any mismatch. The factory finds the installed
 // plug-in through libvecml.so's RUNPATH, without LD_LIBRARY_PATH.

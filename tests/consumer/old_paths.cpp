@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Builds against the installed package through the deprecated include
 // paths, which must keep working for one minor version.
 #include "vecml/learning/CKernel.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/core/CArchiv.h"
 
 #include <gtest/gtest.h>

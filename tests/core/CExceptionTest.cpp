@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/core/CException.h"
 
 #include <gmock/gmock.h>

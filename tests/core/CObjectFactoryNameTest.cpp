@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Class names that are not plain identifiers never reach dlopen. The test
 // program defines its own dlopen that records every file name asked for and
 // forwards to the C library's, so a test can show which names got through.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/core/CObject.h"
 
 #include <gtest/gtest.h>

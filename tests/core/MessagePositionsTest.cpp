@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/core/detail/MessagePositions.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading delimited text from hostile or endless sources: overlong fields and
 // lines are refused with their position, devices without end are not read
 // for ever, and a long line costs memory in proportion to its values.

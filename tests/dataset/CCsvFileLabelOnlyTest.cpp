@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tables whose records hold fewer values than an item's output: the label
 // slot of the output vector is not backed by the table, and a table of the
 // label column alone backs nothing at all.

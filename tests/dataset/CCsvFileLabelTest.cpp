@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Class-label columns: numeric labels, names numbered by first appearance,
 // preset names, and the mapping kept by the last successful read.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading delimited text into datasets: layout, numbers, quoting, column
 // selection and every error message.
 #include <gmock/gmock.h>

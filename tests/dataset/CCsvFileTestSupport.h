@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Helpers shared by the delimited-text exchange tests.
 #ifndef VECML_TESTS_DATASET_CCSVFILETESTSUPPORT_H
 #define VECML_TESTS_DATASET_CCSVFILETESTSUPPORT_H

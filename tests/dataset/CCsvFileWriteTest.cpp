@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing datasets as delimited text: layout, digits, header names, label
 // names, refusals, and round trips through text.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every dataset transformation promises about its result: outputs and
 // ids copied unchanged, dense inputs, a fresh dataset, an untouched source
 // and empty results for empty data.

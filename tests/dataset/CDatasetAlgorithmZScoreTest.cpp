@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zscore on random data against mean and population deviation computed
 // independently in double precision.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Best-match searches under the Euclidean metrics, whose dense items are
 // measured in blocks, against a plain reference search written here: same
 // index and same distance bits for every form, range, exclusion, size and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The dataset record written and read in blocks: random datasets of awkward
 // shapes, mixed dense and sparse items, records larger than one block and
 // items wider than one, compared byte for byte with records built here from

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The validating readers: every rejection, its message, and an unchanged
 // dataset afterwards.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The dataset record in gzip files: writing, the trusting file reader, and
 // exchange with the gzip command.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The validating file reader on hostile files: devices, FIFOs, directories,
 // small files that inflate to GiBs, bytes after the gzip member and an
 // extreme grow size. Each read returns promptly with its message, and its

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The dataset's binary stream and archive serialization.
 #include <gtest/gtest.h>
 

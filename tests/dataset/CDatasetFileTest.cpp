@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The dataset record: its exact bytes and the trusting reader.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Record builders, gzip file helpers and a sentinel dataset shared by the
 // dataset file tests.
 #ifndef VECML_TESTS_DATASET_CDATASETFILETESTSUPPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The dataset's introspective sort against the standard library's sort.
 #include "vecml/dataset/detail/IntroSort.h"
 

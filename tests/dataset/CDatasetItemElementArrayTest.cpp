@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dataset items and datasets hold vectors whose element arrays came from
 // client code (new[] or NEWARRAY handed in with _setData); copying,
 // assigning and destroying them releases every array with delete[]. The

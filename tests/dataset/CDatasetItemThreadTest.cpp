@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dataset items read on several threads at once: every read creates its
 // vectors through the process-wide object factory, which switches between
 // the dense and the sparse vector plug-ins all the time. The ThreadSanitizer

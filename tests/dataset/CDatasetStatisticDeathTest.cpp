@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Broken preconditions of the statistic that end the process with a report.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every statistic against a plain element-by-element evaluation of its
 // stated formula, bit for bit, on random data of awkward sizes (the
 // vectorised paths sweep registers and padded blocks; these sizes leave

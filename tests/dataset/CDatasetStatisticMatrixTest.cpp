@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Covariance and autocorrelation matrices.
 #include <gtest/gtest.h>
 

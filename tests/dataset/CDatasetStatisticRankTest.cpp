@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Neighbourhood rankings and the rank correlation between input and map
 // space.
 #include <gtest/gtest.h>

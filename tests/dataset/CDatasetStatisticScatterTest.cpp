@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Class discovery, within- and between-class scatter, and the discriminant
 // analysis entry point.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every walk over the inputs reads a dense input that is shorter than the
 // first one through its checked accessor, wherever it stands in the
 // dataset, and so ends with the vector's index report instead of reading

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Attachment, means, extremes, the per-feature statistic and its table.
 #include "vecml/dataset/CDatasetStatistic.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Datasets, console capture and reference helpers for the statistic tests.
 #ifndef VECML_TESTS_DATASET_CDATASETSTATISTICTESTSUPPORT_H
 #define VECML_TESTS_DATASET_CDATASETSTATISTICTESTSUPPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/dataset/CDataset.h"
 
 #include <gtest/gtest.h>

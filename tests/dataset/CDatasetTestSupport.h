@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Builders, a scripted metric and the random formulas shared by the dataset
 // container tests.
 #ifndef VECML_TESTS_DATASET_CDATASETTESTSUPPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Builders and checks shared by the dataset transformation tests.
 #ifndef VECML_TESTS_DATASET_DATASETALGORITHMTESTSUPPORT_H
 #define VECML_TESTS_DATASET_DATASETALGORITHMTESTSUPPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The multivariate Gaussian kernel aborts when the operands' dimension is
 // not that of its bandwidth vector.
 #include <gmock/gmock.h>

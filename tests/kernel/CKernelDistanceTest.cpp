@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Kernels of the Euclidean distance: Gaussian, Plummer, triangular and
 // Epanechnikov. Expected values follow the documented steps exactly.
 #include <gtest/gtest.h>

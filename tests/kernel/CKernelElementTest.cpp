@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Kernels that combine the operands element by element or through their
 // scalar product: linear, polynomial, double exponential, Anova, chi squared
 // and the multivariate Gaussian. Expected values follow the documented

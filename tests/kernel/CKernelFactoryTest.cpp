@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every kernel with a plug-in is produced by the object factory under the
 // file name its factoryObject() returns.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The float kernels run some steps in double and others in single
 // precision. Each test uses inputs on which both choices give different
 // floats, checks the result bit for bit against the documented choice, and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Binary and archive records of the kernels.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/kernel/CKernel.h"
 
 #include <gtest/gtest.h>

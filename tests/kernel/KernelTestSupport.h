@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared helpers of the kernel tests.
 #ifndef VECML_TESTS_LEARNING_KERNELTESTSUPPORT_H
 #define VECML_TESTS_LEARNING_KERNELTESTSUPPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared helpers of the cluster algorithm tests: a minimal derived
 // algorithm, metrics that record or announce what happens to them, and
 // prototype builders.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A client-side online vector quantiser built on the cluster algorithm base:
 // it moves the winning prototype towards each sample with the metric's
 // adaptVec, stepping a learning-rate schedule once per sample.

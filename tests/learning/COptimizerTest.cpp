@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/learning/COptimizer.h"
 
 #include <gtest/gtest.h>

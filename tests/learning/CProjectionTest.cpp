@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/learning/CProjection.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The matrix allocates its element array with new[] and releases it with
 // delete[] through every change of shape, and vectors that cross between
 // matrices and client arrays release theirs the same way. The sanitizer

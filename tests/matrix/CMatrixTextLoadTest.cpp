@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loading the text form from hostile files: shapes that are not numbers,
 // negative or larger than the file, endless devices, and the checked load
 // that reports each of these.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/matrix/detail/MatrixProduct.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The matrix product and matrix x vector operators against the sequential
 // fused sums, bit for bit, on shapes that leave partial register tiles and
 // span several cache blocks; they pass on whichever path VECML_CPU selects.

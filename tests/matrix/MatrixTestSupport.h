@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Builders and comparisons shared by the matrix tests.
 #ifndef VECML_TESTS_MATRIX_MATRIXTESTSUPPORT_H
 #define VECML_TESTS_MATRIX_MATRIXTESTSUPPORT_H

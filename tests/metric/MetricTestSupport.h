@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared helpers of the metric tests.
 #ifndef VECML_TESTS_LEARNING_METRICTESTSUPPORT_H
 #define VECML_TESTS_LEARNING_METRICTESTSUPPORT_H

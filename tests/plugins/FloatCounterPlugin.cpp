@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Test-only plug-in that shows when the factory loads, keeps and reloads it:
 // create_float returns a CDenseVector<float> whose dimension is the number
 // of create_float calls since this plug-in was loaded. It deliberately has

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Block transfers through the gzip streams, as the dataset file format uses
 // them: reads and writes far larger than the buffer, of awkward sizes, keep
 // every byte and still reach zlib in buffer-sized calls.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Helpers shared by the gzip stream tests: a buffer that shows its areas,
 // byte patterns, and whole-file round trips through the streams and through
 // the gzip command.

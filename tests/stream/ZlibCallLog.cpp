@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/ZlibCallLog.h"
 
 #include <dlfcn.h>

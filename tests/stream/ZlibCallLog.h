@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Records the calls the gzip streams make into zlib, and makes chosen calls
 // fail, so that tests can check call sizes and failure paths.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bit pattern of a floating-point value, for tests that hold results
 // to the last bit: NaN then compares equal to itself and -0 differs from 0.
 #ifndef VECML_TESTS_SUPPORT_BITPATTERN_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a callable and returns what it wrote to standard output.
 #ifndef VECML_TESTS_SUPPORT_CAPTUREOUTPUT_H
 #define VECML_TESTS_SUPPORT_CAPTUREOUTPUT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one way tests build datasets of dense items.
 #ifndef VECML_TESTS_SUPPORT_DATASETBUILDER_H
 #define VECML_TESTS_SUPPORT_DATASETBUILDER_H

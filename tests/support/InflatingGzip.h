@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Gzip data far larger than their compressed form: a head, a long run of one
 // repeated byte and a tail in one gzip member, built without compressing
 // the run more than once (the tests and fuzz harnesses use it, so it needs

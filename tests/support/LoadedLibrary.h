@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whether a shared object is loaded in the test process.
 #ifndef VECML_TESTS_SUPPORT_LOADEDLIBRARY_H
 #define VECML_TESTS_SUPPORT_LOADEDLIBRARY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A CArchiv that records every call as text, and replays queued values when
 // loading, so tests can pin the exact sequence an object's serialize2 uses.
 #ifndef VECML_TESTS_SUPPORT_RECORDINGARCHIVE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the sanitizers change about how a test process dies.
 #ifndef VECML_TESTS_SUPPORT_SANITIZERS_H
 #define VECML_TESTS_SUPPORT_SANITIZERS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file name under the test temporary directory, removed when the object
 // goes out of scope.
 #ifndef VECML_TESTS_SUPPORT_TEMPFILE_H

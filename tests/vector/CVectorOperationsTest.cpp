@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/vector/CVectorOperations.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The dense-dense scalar product and Euclidean distance against plain
 // sequential sums written here, bit for bit, on random vectors of awkward
 // dimensions; int sums wrap (the reference uses the library's wrapping

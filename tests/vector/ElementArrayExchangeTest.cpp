@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Element arrays pass between client code and vectors in both directions:
 // arrays the client made with new[] or NEWARRAY are handed in with
 // _setData and released by the vector, and arrays taken out with _data()

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Builders and inspectors shared by the sparse vector and vector operation
 // tests.
 #ifndef VECML_TESTS_VECTOR_SPARSETESTHELPERS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Archive interface that clients implement to receive or supply the fields of
 // an object through serialize2().
 #ifndef VECML_CORE_CARCHIV_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's exception type.
 #ifndef VECML_CORE_CEXCEPTION_H
 #define VECML_CORE_CEXCEPTION_H

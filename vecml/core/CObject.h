@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Root of every numeric class: class name, element-type tag, verbosity and
 // the two serialization hooks.
 #ifndef VECML_CORE_COBJECT_H

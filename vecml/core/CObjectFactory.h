@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Creates library objects by class name from plug-in shared libraries.
 #ifndef VECML_CORE_COBJECTFACTORY_H
 #define VECML_CORE_COBJECTFACTORY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Symbol visibility for libvecml.so.
 //
 // The library is built with hidden visibility; everything marked VECML_API

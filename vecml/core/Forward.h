@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Forward declarations of the library's class templates.
 //
 // Every public header includes this first, so that each class is first

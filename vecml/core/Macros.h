@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Always-live check macros, the critical-message macro and zero-filled
 // array allocation.
 #ifndef VECML_CORE_MACROS_H

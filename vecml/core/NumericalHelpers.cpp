@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/core/NumericalHelpers.h"
 
 #include <cmath>

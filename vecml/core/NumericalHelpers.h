@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numerical helpers: ln Gamma, factorials and binomial coefficients, a
 // standard normal deviate, seeding of the C library generator and k-th
 // smallest selection.

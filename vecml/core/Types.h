@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Enumerations shared by every numeric class.
 #ifndef VECML_CORE_TYPES_H
 #define VECML_CORE_TYPES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Options of delimited-text exchange, and writing datasets as tables.
 #include "vecml/dataset/CCsvFile.h"
 

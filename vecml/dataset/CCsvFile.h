@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exchange of datasets with delimited text (CSV) files.
 #ifndef VECML_DATASET_CCSVFILE_H
 #define VECML_DATASET_CCSVFILE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading delimited text tables into datasets. The table is parsed one
 // character at a time, straight from the stream's buffer: a field's text is
 // held only while it is taken, and a line's values only until its item is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dataset: an ordered, growable collection of dataset items with a type tag,
 // an info text and an opaque user pointer, and its gzip file format.
 #ifndef VECML_DATASET_CDATASET_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/dataset/CDatasetAlgorithm.h"
 
 #include <algorithm>

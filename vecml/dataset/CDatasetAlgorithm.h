@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dataset transformations: range scaling, z-scores, centring, normalisation
 // and projection removal of the input vectors of a dataset.
 #ifndef VECML_DATASET_CDATASETALGORITHM_H

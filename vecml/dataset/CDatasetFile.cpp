@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dataset records on byte streams and gzip files, and the dataset's binary
 // and archive serialization.
 #include <algorithm>

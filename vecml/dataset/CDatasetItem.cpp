@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/dataset/CDatasetItem.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dataset item: an owned input vector, an owned output vector and an id.
 #ifndef VECML_DATASET_CDATASETITEM_H
 #define VECML_DATASET_CDATASETITEM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Best-match search over a dataset's inputs or outputs. Dense queries under
 // a Euclidean metric are measured a block of items at a time.
 #include <algorithm>

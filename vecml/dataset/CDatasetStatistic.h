@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Descriptive statistics over the input vectors of a dataset: per-feature
 // tables, covariance, autocorrelation, rank correlation and class scatter.
 #ifndef VECML_DATASET_CDATASETSTATISTIC_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rank correlation between input space and map space, and the neighbour
 // rankings of CDatasetStatistic.
 #include <algorithm>

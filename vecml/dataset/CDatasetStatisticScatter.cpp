@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Class scatter of CDatasetStatistic: the classes found among the items,
 // the within-class and between-class scatter matrices.
 #include <cmath>

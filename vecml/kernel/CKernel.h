@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Kernel functions over vectors: the abstract CKernel and its ten kernels.
 //
 // A kernel is evaluated on two vectors, on a vector and a raw array, on two

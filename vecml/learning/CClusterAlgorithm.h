@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cluster algorithm base: reference vectors (prototypes), the metric that
 // compares them with samples, nearest-prototype search and the quantisation
 // error.

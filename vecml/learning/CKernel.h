@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Deprecated include path, kept for one minor version: include
 // "vecml/kernel/CKernel.h" instead.
 #ifndef VECML_LEARNING_CKERNEL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Learning-rate schedules: the null schedule CLearnRate and the constant,
 // harmonic, linear and exponential schedules.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Deprecated include path, kept for one minor version: include
 // "vecml/metric/CMetric.h" instead.
 #ifndef VECML_LEARNING_CMETRIC_H

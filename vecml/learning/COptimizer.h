@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base of optimizers that move a position vector towards the minimum or the
 // maximum of an objective.
 #ifndef VECML_LEARNING_COPTIMIZER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base of projections: dimension reductions that map input vectors onto a
 // number of learned directions.
 #ifndef VECML_LEARNING_CPROJECTION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The dense vector's members that produce or exchange matrices: asMatrix
 // and the MAT-file import and export, which share the matrix's record code.
 #include <algorithm>

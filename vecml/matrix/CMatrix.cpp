@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/matrix/CMatrix.h"
 
 #include <algorithm>

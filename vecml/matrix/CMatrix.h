@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dense column-major matrix with arithmetic, products, text and binary
 // persistence, MAT-file exchange, and the index odometers.
 #ifndef VECML_MATRIX_CMATRIX_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The matrix's MAT-file members: this library's own layout with 8-byte
 // header fields and the standard layout with 4-byte ones.
 #include <cstdint>

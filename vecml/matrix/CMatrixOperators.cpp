@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The matrix's free arithmetic: element-wise and scalar operators, the
 // matrix and matrix-by-vector products and the outer product of vectors.
 #include <algorithm>

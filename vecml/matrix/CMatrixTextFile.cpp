@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The matrix text file: save() writes the shape and the elements in
 // storage order, load() reads them back.
 #include <algorithm>

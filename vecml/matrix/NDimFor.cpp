@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Odometer stepping over an n-dimensional box of counters.
 #include <algorithm>
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/metric/CMetric.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Distance metrics: the null metric CMetric and its eight concrete metrics.
 //
 // A metric measures the distance between two vectors and says how a

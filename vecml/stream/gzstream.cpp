@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/stream/gzstream.h"
 
 #include <zlib.h>

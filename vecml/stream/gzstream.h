@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Standard input and output streams over gzip-compressed files.
 #ifndef VECML_STREAM_GZSTREAM_H
 #define VECML_STREAM_GZSTREAM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/vector/CDenseVector.h"
 
 #include <algorithm>

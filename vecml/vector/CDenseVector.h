@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dense vector: a dimension and one owned, contiguous element array.
 #ifndef VECML_VECTOR_CDENSEVECTOR_H
 #define VECML_VECTOR_CDENSEVECTOR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/vector/CSparseVector.h"
 
 #include <algorithm>

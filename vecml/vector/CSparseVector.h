@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sparse vector: ascending (index, value) entries and a logical dimension.
 #ifndef VECML_VECTOR_CSPARSEVECTOR_H
 #define VECML_VECTOR_CSPARSEVECTOR_H

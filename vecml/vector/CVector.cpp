@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/vector/CVector.h"
 
 #include "vecml/core/detail/Arithmetic.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Abstract vector: the interface shared by dense and sparse vectors.
 #ifndef VECML_VECTOR_CVECTOR_H
 #define VECML_VECTOR_CVECTOR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dispatch of binary vector operations by the kinds of both operands.
 #ifndef VECML_VECTOR_CVECTOROPERATIONS_H
 #define VECML_VECTOR_CVECTOROPERATIONS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Element arithmetic without undefined behaviour: int sums and products wrap
 // as two's complement, int division by zero raises SIGFPE (the hardware's
 // fatal arithmetic error) instead of being undefined, and conversions of

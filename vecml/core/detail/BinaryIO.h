@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Raw host-order binary values and element blocks on standard streams, with
 // reads that never allocate more than the stream actually delivers.
 #ifndef VECML_CORE_DETAIL_BINARYIO_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scratch arrays that the library allocates for its own use (packed matrix
 // panels, packed triangles) start on a cache line, so every vector load of
 // them stays within one line. Element arrays of vectors and matrices are

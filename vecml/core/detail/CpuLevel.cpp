@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/core/detail/CpuLevel.h"
 
 #include <algorithm>

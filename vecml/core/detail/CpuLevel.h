@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Run-time choice of the vector instruction set for the library's hot
 // kernels. libvecml.so is compiled for baseline x86-64; kernels that profit
 // from wider registers are compiled a second and third time with the target

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Explicit instantiation lists kept in one place. A header names each set
 // of instantiations once, as a macro LIST(INSTANTIATE, T) that writes every
 // declaration of the set for element type T with INSTANTIATE in front. The

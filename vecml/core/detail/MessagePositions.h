@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The file names and line numbers that documented check reports print.
 #ifndef VECML_CORE_DETAIL_MESSAGEPOSITIONS_H
 #define VECML_CORE_DETAIL_MESSAGEPOSITIONS_H

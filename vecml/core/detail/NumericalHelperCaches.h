@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Read access to the numerical helpers' process-wide caches, for tests.
 #ifndef VECML_CORE_DETAIL_NUMERICALHELPERCACHES_H
 #define VECML_CORE_DETAIL_NUMERICALHELPERCACHES_H

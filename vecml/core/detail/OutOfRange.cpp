@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/core/detail/OutOfRange.h"
 
 namespace vecml::detail {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Targets of memory-safe access outside an object's storage: reads get a
 // shared 0, writes land in a per-thread sink that is reset on every use.
 #ifndef VECML_CORE_DETAIL_OUTOFRANGE_H

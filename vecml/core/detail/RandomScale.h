@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The scale that maps the C library generator's values into [0, 1].
 #ifndef VECML_CORE_DETAIL_RANDOMSCALE_H
 #define VECML_CORE_DETAIL_RANDOMSCALE_H

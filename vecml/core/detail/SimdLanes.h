@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One vector register of float or double and the few operations the
 // library's kernels need (matrix product, distance blocks), for each wide
 // instruction set. Every operation

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text rules shared by reading and writing delimited tables: which
 // delimiters are usable, what pads a field, and how numbers are read and
 // written (always in the C locale).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sequential reads of the input vectors of a dataset's items as plain
 // element arrays, for walks that visit every item once.
 #ifndef VECML_DATASET_DETAIL_DATASETINPUTS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Helpers that every part of CDatasetStatistic uses.
 #ifndef VECML_DATASET_DETAIL_DATASETSTATISTICSUPPORT_H
 #define VECML_DATASET_DETAIL_DATASETSTATISTICSUPPORT_H

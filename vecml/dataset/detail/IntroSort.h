@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Introspective sort that stays inside its range for any comparison.
 //
 // For a strict weak ordering it makes the same comparisons and moves as the

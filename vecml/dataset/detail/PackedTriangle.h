@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A symmetric d x d matrix that is updated once per dataset item from one
 // vector x of that item, element (i, j) from x[i] * x[j] only. The product
 // is commutative, so (i, j) and (j, i) see the same values in the same order

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cache hints for walks over a dataset's items, whose vectors and element
 // arrays lie at addresses the hardware prefetchers cannot foresee.
 #ifndef VECML_DATASET_DETAIL_PREFETCH_H

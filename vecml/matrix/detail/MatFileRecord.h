@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Records of MAT files: five header fields (type, rows, columns, imaginary
 // flag, name length), the zero-terminated name, then rows * columns doubles
 // column by column. Files are plain concatenations of such records. This

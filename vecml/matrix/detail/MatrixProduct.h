@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Column-major matrix product whose every element is the sequential fused
 // sum c(i, j) = fma(a(i, K-1), b(K-1, j), ... fma(a(i, 0), b(0, j), 0)).
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Storage arithmetic shared by the matrix's source files: element counts
 // of a shape and the element-wise combination of two arrays.
 #ifndef VECML_MATRIX_DETAIL_MATRIXSTORAGE_H

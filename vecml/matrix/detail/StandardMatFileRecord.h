@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading records of the standard Level 4 MAT layout, the one other
 // numerical tools write: five 4-byte header fields (type, rows, columns,
 // imaginary flag, name length), the zero-terminated name, the real part

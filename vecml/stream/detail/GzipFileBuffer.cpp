@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vecml/stream/detail/GzipFileBuffer.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading one gzip member from a file that is already open, with every way
 // the data can end told apart, and opening a file for reading without
 // blocking on anything but a regular file.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Squared Euclidean distances from one query to a block of dense rows, for
 // best-match searches. A single distance is a sequential sum and cannot be
 // split, but the rows of a block are independent: with vector registers

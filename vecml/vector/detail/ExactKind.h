@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Recognising a vector's exact class. A class derived from a concrete vector
 // may change how elements are read or measured, so fast paths that work on
 // the storage take only vectors of exactly the class they know.
