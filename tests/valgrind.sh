@@ -19,7 +19,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 build=${1:-build}
-programs=(core vector matrix dataset learning stream thread)
+programs=(core vector matrix metric kernel dataset learning stream thread)
 excluded='*DeathTest*:*ManyEqualIds*:*AllEqualIdsStayInsideTheStorage'
 excluded+=':CDatasetIntroSortTest.NonStrictOrderStaysInsideAndSorts'
 
