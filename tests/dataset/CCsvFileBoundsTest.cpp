@@ -4,8 +4,6 @@
 // for ever, and a long line costs memory in proportion to its values.
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-
 #include <cstdlib>
 #include <istream>
 #include <sstream>
@@ -15,6 +13,7 @@
 
 #include "dataset/CCsvFileTestSupport.h"
 #include "dataset/CDatasetFileTestSupport.h"
+#include "support/PeakMemory.h"
 #include "support/Sanitizers.h"
 #include "vecml/dataset/CCsvFile.h"
 #include "vecml/dataset/CDataset.h"
@@ -119,15 +118,16 @@ void readLongLineWithinMemoryBound() {
     return text + "1\n";
   }();
   std::istringstream in(line);
-  rusage before{};
-  getrusage(RUSAGE_SELF, &before);
   CDataset<T> data;
   std::string error;
-  if (!CCsvFile().read(in, data, error) || data.items() != 1) std::exit(2);
-  rusage after{};
-  getrusage(RUSAGE_SELF, &after);
-  const long grownBytes = (after.ru_maxrss - before.ru_maxrss) * 1024L;
-  std::exit(grownBytes <= 10L * long(line.size()) + 16L * 1024 * 1024 ? 0 : 1);
+  bool read = false;
+  const long long grownBytes =
+      peakGrowth([&] { read = CCsvFile().read(in, data, error); });
+  if (!read || data.items() != 1) std::exit(2);
+  std::exit(grownBytes <=
+                    10LL * static_cast<long long>(line.size()) + (16LL << 20)
+                ? 0
+                : 1);
 }
 
 template <typename T>

@@ -12,12 +12,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
 #include <string>
 
 #include "dataset/CDatasetFileTestSupport.h"
 #include "support/InflatingGzip.h"
+#include "support/PeakMemory.h"
 #include "support/Sanitizers.h"
 #include "support/TempFile.h"
 #include "vecml/dataset/CDataset.h"
@@ -29,26 +29,6 @@ using namespace dataset_file_test;
 const std::string kPrefix = "CDataset::read(): ";
 // A death-test child that has not finished by then is killed by SIGALRM.
 constexpr unsigned kWatchdogSeconds = 20;
-
-// A value of the form "VmHWM:  1234 kB" from /proc/self/status, in bytes.
-long long statusBytes(const std::string& field) {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  while (std::getline(status, line))
-    if (line.compare(0, field.size() + 1, field + ":") == 0)
-      return std::atoll(line.c_str() + field.size() + 1) * 1024;
-  return -1;
-}
-
-// The growth of this process's peak resident memory while `read` runs.
-template <typename Read>
-long long peakGrowth(Read&& read) {
-  // Writing 5 sets the peak back to the current resident size.
-  std::ofstream("/proc/self/clear_refs") << "5";
-  const long long before = statusBytes("VmRSS");
-  read();
-  return statusBytes("VmHWM") - before;
-}
 
 // In a death-test child under a watchdog: reads `path` with the validating
 // reader into a sentinel dataset and exits 0 when it was rejected with
