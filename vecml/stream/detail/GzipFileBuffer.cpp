@@ -18,6 +18,15 @@ constexpr std::size_t kChunk = std::size_t(1) << 16;
 // zlib's window size with its flag to expect a gzip header and trailer.
 constexpr int kGzipWindowBits = 16 + MAX_WBITS;
 
+// read(2) into `buffer`, retried when a signal interrupts it.
+ssize_t readRetrying(int fd, unsigned char* buffer, std::size_t size) {
+  ssize_t got = 0;
+  do {
+    got = ::read(fd, buffer, size);
+  } while (got < 0 && errno == EINTR);
+  return got;
+}
+
 }  // namespace
 
 int openRegularFile(const char* name, OpenProblem& problem,
@@ -65,10 +74,7 @@ std::size_t GzipFileBuffer::fail(State why) {
 std::size_t GzipFileBuffer::readInput() {
   // Input not yet taken by zlib stays where it is; only an empty buffer is
   // refilled.
-  ssize_t got = 0;
-  do {
-    got = ::read(fd, input.data(), input.size());
-  } while (got < 0 && errno == EINTR);
+  const ssize_t got = readRetrying(fd, input.data(), input.size());
   if (got < 0) return fail(State::readError);
   zs->next_in = input.data();
   zs->avail_in = static_cast<uInt>(got);
@@ -79,10 +85,7 @@ void GzipFileBuffer::detectFormat() {
   // A regular file delivers what it has, but a read may still stop short.
   std::size_t have = readInput();
   while (have == 1) {
-    ssize_t got = 0;
-    do {
-      got = ::read(fd, input.data() + 1, input.size() - 1);
-    } while (got < 0 && errno == EINTR);
+    const ssize_t got = readRetrying(fd, input.data() + 1, input.size() - 1);
     if (got < 0) {
       fail(State::readError);
       return;
