@@ -11,6 +11,7 @@
 #include "vecml/core/Forward.h"
 #include "vecml/core/Macros.h"
 #include "vecml/core/NumericalHelpers.h"
+#include "vecml/core/Threads.h"
 #include "vecml/core/Types.h"
 #include "vecml/dataset/CCsvFile.h"
 #include "vecml/dataset/CDataset.h"
