@@ -2,14 +2,19 @@
 // Speed of the dense float scalar product, the Euclidean distance and the
 // best-match search over a dataset, next to hand-written loops with the same
 // arithmetic (a sequential sum per vector, a square root, a strict
-// comparison) and, where a peer offers the operation, the peer's own
-// (reordered, so not bit-equal) arithmetic.
+// comparison), the search loop also split over the OpenMP threads, and,
+// where a peer offers the operation, the peer's own (reordered, so not
+// bit-equal) arithmetic.
 #include <benchmark/benchmark.h>
 
+#include <omp.h>
+
 #include <cmath>
+#include <cstdint>
 #include <map>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vecml/dataset/CDataset.h"
@@ -172,6 +177,33 @@ int handBestMatch(const float* rows, int items, int d, const float* query) {
   return bestIndex;
 }
 
+// The same search split over the OpenMP threads: each thread scans one
+// contiguous block, then the blocks' winners are merged in block order, so
+// the first item wins ties as in the serial loop.
+int handBestMatchParallel(const float* rows, int items, int d,
+                          const float* query) {
+  std::vector<std::pair<float, int>> winners(omp_get_max_threads(),
+                                             {INFINITY, -1});
+#pragma omp parallel
+  {
+    const int blocks = omp_get_num_threads();
+    const int block = omp_get_thread_num();
+    const int begin = int(std::int64_t(items) * block / blocks);
+    const int end = int(std::int64_t(items) * (block + 1) / blocks);
+    if (begin < end) {
+      const int found = begin + handBestMatch(rows + std::size_t(begin) * d,
+                                              end - begin, d, query);
+      winners[block] = {std::sqrt(handSquaredDistance(
+                            rows + std::size_t(found) * d, query, d)),
+                        found};
+    }
+  }
+  std::pair<float, int> best = winners.front();
+  for (const auto& winner : winners)
+    if (winner.second >= 0 && best.first > winner.first) best = winner;
+  return best.second;
+}
+
 // Times `search(data)` and checks it finds the hand loop's item.
 template <typename Search>
 void timeSearch(benchmark::State& state, Search search) {
@@ -198,6 +230,13 @@ void bestMatchHand(benchmark::State& state) {
   timeSearch(state, [](const SearchData& data) {
     return handBestMatch(data.rows.data(), kSearchItems, data.d,
                          data.queryValues.data());
+  });
+}
+
+void bestMatchHandParallel(benchmark::State& state) {
+  timeSearch(state, [](const SearchData& data) {
+    return handBestMatchParallel(data.rows.data(), kSearchItems, data.d,
+                                 data.queryValues.data());
   });
 }
 
@@ -240,6 +279,7 @@ void registerSizes(const std::string& name, void (*function)(benchmark::State&),
   const auto searchSizes = {16, 64};
   registerSizes("bestmatch_float/vecml", bestMatchVecml, searchSizes);
   registerSizes("bestmatch_float/hand", bestMatchHand, searchSizes);
+  registerSizes("bestmatch_float/hand_omp", bestMatchHandParallel, searchSizes);
 #if VECML_BENCH_HAVE_EIGEN
   registerSizes("bestmatch_float/eigen", bestMatchEigen, searchSizes);
 #endif
