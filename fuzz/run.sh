@@ -53,6 +53,7 @@ malloc_limit_mb() {
 }
 
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
+export LSAN_OPTIONS=${LSAN_OPTIONS:-suppressions=$PWD/tests/lsan.supp}
 # A smaller quarantine keeps ASan's own memory well below the RSS limit.
 # Single allocations above 256 MB fail (null from malloc and nothrow new)
 # instead of ending the run, so that a reader documented to allocate what
