@@ -17,8 +17,13 @@
 #include "vecml/dataset/detail/PackedTriangle.h"
 
 using vecml::detail::centreInput;
+using vecml::detail::checkInputs;
+using vecml::detail::ColumnShare;
 using vecml::detail::DatasetInputs;
 using vecml::detail::orEmpty;
+using vecml::detail::PackedTriangle;
+using vecml::detail::RunningAverageStep;
+using vecml::detail::SumOfProductsStep;
 
 namespace {
 
@@ -55,22 +60,37 @@ CDenseVector<T> runningMean(const CDataset<T>& data, Counts counts) {
   return mean;
 }
 
+// The numbers of the items `counts` accepts, in order, decided on the
+// calling thread.
+template <typename T, typename Counts>
+std::vector<int> countedItems(const CDataset<T>& data, Counts counts) {
+  std::vector<int> counted;
+  for (int n = 0; n < data.items(); ++n)
+    if (counts(data.item(n))) counted.push_back(n);
+  return counted;
+}
+
 // Running covariance of the items `counts` accepts around `mean`, on the
 // packed lower triangle (see PackedTriangle.h for why that is exact).
+// requires: `mean` was computed over the same items, so every input read
+// here was read there and its checks have passed.
 template <typename T, typename Counts>
 CMatrix<T> runningCovariance(const CDataset<T>& data,
                              const CDenseVector<T>& mean, Counts counts) {
   const int d = data.inputDimension();
-  vecml::detail::PackedTriangle<T> covariance(d);
-  DatasetInputs<T> inputs(data, d);
-  T k = 0;
-  for (int n = 0; n < data.items(); ++n) {
-    if (!counts(data.item(n))) continue;
-    k += T(1);
-    centreInput(inputs(n), mean, d, covariance.item());
-    covariance.addRunningAverage(1.0 - 1.0 / static_cast<double>(k),
-                                 1.0 / static_cast<double>(k));
-  }
+  PackedTriangle<T> covariance(d);
+  const std::vector<int> counted = countedItems(data, counts);
+  covariance.splitColumns(counted.size(), [&](int first, int last) {
+    ColumnShare<T, RunningAverageStep> share(covariance, first, last);
+    DatasetInputs<T> inputs(data, d);
+    T k = 0;
+    for (int n : counted) {
+      k += T(1);
+      const double weight = 1.0 / static_cast<double>(k);
+      centreInput(inputs(n), mean, d, share.add({1.0 - weight, weight}));
+    }
+    share.finish();
+  });
   return covariance.toMatrix();
 }
 
@@ -295,12 +315,16 @@ template <typename T>
 CMatrix<T> CDatasetStatistic<T>::getAutoCorrelation() const {
   const CDataset<T>& data = orEmpty(dataset);
   const int d = inputDimension();
-  vecml::detail::PackedTriangle<T> sums(d);
-  DatasetInputs<T> inputs(data, d);
-  for (int n = 0; n < data.items(); ++n) {
-    std::copy_n(inputs(n), d, sums.item());
-    sums.addProducts();
-  }
+  PackedTriangle<T> sums(d);
+  checkInputs(data, d);
+  sums.splitColumns(
+      static_cast<std::size_t>(data.items()), [&](int first, int last) {
+        ColumnShare<T, SumOfProductsStep> share(sums, first, last);
+        DatasetInputs<T> inputs(data, d);
+        for (int n = 0; n < data.items(); ++n)
+          std::copy_n(inputs(n), d, share.add({}));
+        share.finish();
+      });
   CMatrix<T> correlation = sums.toMatrix();
   correlation /= static_cast<T>(data.items());
   return correlation;

@@ -75,6 +75,15 @@ class DatasetInputs {
   std::vector<T> copy;
 };
 
+/// Reads the first \p d input elements of every item of \p data once, so
+/// that an input too short for them aborts here, on the calling thread,
+/// with the report the serial walk would give, before any thread starts.
+template <typename T>
+void checkInputs(const CDataset<T>& data, int d) {
+  DatasetInputs<T> inputs(data, d);
+  for (int n = 0; n < data.items(); ++n) inputs(n);
+}
+
 }  // namespace vecml::detail
 
 #endif
