@@ -23,6 +23,7 @@ using vecml::detail::DatasetInputs;
 using vecml::detail::orEmpty;
 using vecml::detail::PackedTriangle;
 using vecml::detail::RunningAverageStep;
+using vecml::detail::splitFeatures;
 using vecml::detail::SumOfProductsStep;
 
 namespace {
@@ -41,25 +42,6 @@ struct HasLabel {
   }
 };
 
-// Running average of the inputs of the items `counts` accepts.
-template <typename T, typename Counts>
-CDenseVector<T> runningMean(const CDataset<T>& data, Counts counts) {
-  const int d = data.inputDimension();
-  CDenseVector<T> mean(d);
-  DatasetInputs<T> inputs(data, d);
-  T* m = mean._data();
-  T k = 0;
-  for (int n = 0; n < data.items(); ++n) {
-    if (!counts(data.item(n))) continue;
-    k += T(1);
-    const T keep = static_cast<T>(1.0 - 1.0 / static_cast<double>(k));
-    const T step = T(1) / k;
-    const T* x = inputs(n);
-    for (int i = 0; i < d; ++i) m[i] = m[i] * keep + x[i] * step;
-  }
-  return mean;
-}
-
 // The numbers of the items `counts` accepts, in order, decided on the
 // calling thread.
 template <typename T, typename Counts>
@@ -68,6 +50,27 @@ std::vector<int> countedItems(const CDataset<T>& data, Counts counts) {
   for (int n = 0; n < data.items(); ++n)
     if (counts(data.item(n))) counted.push_back(n);
   return counted;
+}
+
+// Running average of the inputs of the items `counts` accepts.
+template <typename T, typename Counts>
+CDenseVector<T> runningMean(const CDataset<T>& data, Counts counts) {
+  const int d = data.inputDimension();
+  CDenseVector<T> mean(d);
+  T* m = mean._data();
+  const std::vector<int> counted = countedItems(data, counts);
+  splitFeatures(data, d, counted, [&](int first, int last) {
+    DatasetInputs<T> inputs(data, d);
+    T k = 0;
+    for (int n : counted) {
+      k += T(1);
+      const T keep = static_cast<T>(1.0 - 1.0 / static_cast<double>(k));
+      const T step = T(1) / k;
+      const T* x = inputs(n);
+      for (int i = first; i < last; ++i) m[i] = m[i] * keep + x[i] * step;
+    }
+  });
+  return mean;
 }
 
 // Running covariance of the items `counts` accepts around `mean`, on the
@@ -105,11 +108,11 @@ struct Extremes {
                     : CDenseVector<T>(*data.item(0).inputVector())),
         maximum(minimum) {}
 
-  // requires: x holds minimum.dimension() elements.
-  void include(const T* x) {
+  // Includes the elements first .. last - 1 of x.
+  void include(const T* x, int first, int last) {
     T* low = minimum._data();
     T* high = maximum._data();
-    for (int i = 0; i < minimum.dimension(); ++i) {
+    for (int i = first; i < last; ++i) {
       low[i] = std::min(low[i], x[i]);
       high[i] = std::max(high[i], x[i]);
     }
@@ -123,33 +126,38 @@ struct Extremes {
 template <typename T>
 Extremes<T> extremes(const CDataset<T>& data) {
   Extremes<T> result(data);
-  DatasetInputs<T> inputs(data, result.minimum.dimension());
-  for (int n = 0; n < data.items(); ++n) result.include(inputs(n));
+  const int d = result.minimum.dimension();
+  const std::vector<int> all = countedItems(data, everyItem<T>);
+  splitFeatures(data, d, all, [&](int first, int last) {
+    DatasetInputs<T> inputs(data, d);
+    for (int n : all) result.include(inputs(n), first, last);
+  });
   return result;
 }
 
 // Ignores the inputs a pass shows it.
 template <typename T>
-void ignore(const T*) {}
+void ignore(const T*, int, int) {}
 
 // Sums the first `d` input elements of the items `counts` accepts into
-// `sum` (in item order, in T), showing each of those inputs to `visit`.
+// `sum` (in item order, in T), showing each of those inputs to
+// visit(x, first, last) for the elements first .. last - 1 it sums.
 // \return the number of those items.
 template <typename T, typename Counts, typename Visit>
 int sumInputs(const CDataset<T>& data, int d, Counts counts,
               CDenseVector<T>& sum, Visit visit) {
   sum.zeros();
-  DatasetInputs<T> inputs(data, d);
   T* s = sum._data();
-  int k = 0;
-  for (int n = 0; n < data.items(); ++n) {
-    if (!counts(data.item(n))) continue;
-    ++k;
-    const T* x = inputs(n);
-    visit(x);
-    for (int i = 0; i < d; ++i) s[i] += x[i];
-  }
-  return k;
+  const std::vector<int> counted = countedItems(data, counts);
+  splitFeatures(data, d, counted, [&](int first, int last) {
+    DatasetInputs<T> inputs(data, d);
+    for (int n : counted) {
+      const T* x = inputs(n);
+      visit(x, first, last);
+      for (int i = first; i < last; ++i) s[i] += x[i];
+    }
+  });
+  return static_cast<int>(counted.size());
 }
 
 // Sums the squared deviations from `mean` of the items `counts` accepts.
@@ -158,17 +166,19 @@ void sumSquaredDeviations(const CDataset<T>& data, const CDenseVector<T>& mean,
                           Counts counts, CDenseVector<T>& sum) {
   const int d = mean.dimension();
   sum.zeros();
-  DatasetInputs<T> inputs(data, d);
   const T* m = mean._data();
   T* s = sum._data();
-  for (int n = 0; n < data.items(); ++n) {
-    if (!counts(data.item(n))) continue;
-    const T* x = inputs(n);
-    for (int i = 0; i < d; ++i) {
-      const T deviation = x[i] - m[i];
-      s[i] += deviation * deviation;
+  const std::vector<int> counted = countedItems(data, counts);
+  splitFeatures(data, d, counted, [&](int first, int last) {
+    DatasetInputs<T> inputs(data, d);
+    for (int n : counted) {
+      const T* x = inputs(n);
+      for (int i = first; i < last; ++i) {
+        const T deviation = x[i] - m[i];
+        s[i] += deviation * deviation;
+      }
     }
-  }
+  });
 }
 
 template <typename T>
@@ -273,7 +283,9 @@ void CDatasetStatistic<T>::dumpStatistic() const {
   CDenseVector<T> deviation;
   CDenseVector<T> variance;
   sampleStatistic(data, inputDimension(), average, deviation, variance,
-                  [&range](const T* x) { range.include(x); });
+                  [&range](const T* x, int first, int last) {
+                    range.include(x, first, last);
+                  });
   const CDenseVector<T>& minimum = range.minimum;
   const CDenseVector<T>& maximum = range.maximum;
   std::printf("\n\n");
