@@ -55,7 +55,9 @@ struct Widening {
 
 #if VECML_HAVE_X86_KERNELS
 // GCC splits generic float-to-double vector conversions into 128-bit
-// pieces, so the float paths name their one-instruction conversions. The
+// pieces, so the float paths name their one-instruction conversions (the
+// 512-bit ones in their masked form, whose unmasked form GCC 12 reports as
+// reading an uninitialised register). The
 // wide ones carry their target and reach the kernels through the flattened
 // sweeps below.
 
@@ -97,14 +99,15 @@ template <>
 struct Widening<float, 64> {
   using Wide = Lanes<float, 64>::Wide;
   VECML_TARGET_AVX512 static inline void load(Wide& w, const float* p) {
-    w = _mm512_cvtps_pd(_mm256_loadu_ps(p));
+    w = _mm512_maskz_cvtps_pd(0xFF, _mm256_loadu_ps(p));
   }
   VECML_TARGET_AVX512 static inline void store(float* p, const Wide& w) {
-    _mm256_storeu_ps(p, _mm512_cvtpd_ps(w));
+    _mm256_storeu_ps(p, _mm512_maskz_cvtpd_ps(0xFF, w));
   }
   VECML_TARGET_AVX512 static inline void product(Wide& w, const float* x,
                                                  float xj) {
-    w = _mm512_cvtps_pd(_mm256_mul_ps(_mm256_loadu_ps(x), _mm256_set1_ps(xj)));
+    w = _mm512_maskz_cvtps_pd(
+        0xFF, _mm256_mul_ps(_mm256_loadu_ps(x), _mm256_set1_ps(xj)));
   }
 };
 #endif
@@ -239,14 +242,14 @@ template <typename T, typename Step>
 }
 
 template <typename T, typename Step>
-VECML_TARGET_AVX2 [[gnu::flatten]] void sweepAvx2(
+[[gnu::flatten]] VECML_TARGET_AVX2 void sweepAvx2(
     T* column, const ItemBlock<T, Step>& block, int first, int last,
     int padded) {
   sweepColumns<32>(column, block, first, last, padded);
 }
 
 template <typename T, typename Step>
-VECML_TARGET_AVX512 [[gnu::flatten]] void sweepAvx512(
+[[gnu::flatten]] VECML_TARGET_AVX512 void sweepAvx512(
     T* column, const ItemBlock<T, Step>& block, int first, int last,
     int padded) {
   sweepColumns<64>(column, block, first, last, padded);
