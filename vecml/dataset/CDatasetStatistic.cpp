@@ -17,8 +17,14 @@
 #include "vecml/dataset/detail/PackedTriangle.h"
 
 using vecml::detail::centreInput;
+using vecml::detail::checkInputs;
+using vecml::detail::ColumnShare;
 using vecml::detail::DatasetInputs;
 using vecml::detail::orEmpty;
+using vecml::detail::PackedTriangle;
+using vecml::detail::RunningAverageStep;
+using vecml::detail::splitFeatures;
+using vecml::detail::SumOfProductsStep;
 
 namespace {
 
@@ -36,41 +42,58 @@ struct HasLabel {
   }
 };
 
+// The numbers of the items `counts` accepts, in order, decided on the
+// calling thread.
+template <typename T, typename Counts>
+std::vector<int> countedItems(const CDataset<T>& data, Counts counts) {
+  std::vector<int> counted;
+  for (int n = 0; n < data.items(); ++n)
+    if (counts(data.item(n))) counted.push_back(n);
+  return counted;
+}
+
 // Running average of the inputs of the items `counts` accepts.
 template <typename T, typename Counts>
 CDenseVector<T> runningMean(const CDataset<T>& data, Counts counts) {
   const int d = data.inputDimension();
   CDenseVector<T> mean(d);
-  DatasetInputs<T> inputs(data, d);
   T* m = mean._data();
-  T k = 0;
-  for (int n = 0; n < data.items(); ++n) {
-    if (!counts(data.item(n))) continue;
-    k += T(1);
-    const T keep = static_cast<T>(1.0 - 1.0 / static_cast<double>(k));
-    const T step = T(1) / k;
-    const T* x = inputs(n);
-    for (int i = 0; i < d; ++i) m[i] = m[i] * keep + x[i] * step;
-  }
+  const std::vector<int> counted = countedItems(data, counts);
+  splitFeatures(data, d, counted, [&](int first, int last) {
+    DatasetInputs<T> inputs(data, d);
+    T k = 0;
+    for (int n : counted) {
+      k += T(1);
+      const T keep = static_cast<T>(1.0 - 1.0 / static_cast<double>(k));
+      const T step = T(1) / k;
+      const T* x = inputs(n);
+      for (int i = first; i < last; ++i) m[i] = m[i] * keep + x[i] * step;
+    }
+  });
   return mean;
 }
 
 // Running covariance of the items `counts` accepts around `mean`, on the
 // packed lower triangle (see PackedTriangle.h for why that is exact).
+// requires: `mean` was computed over the same items, so every input read
+// here was read there and its checks have passed.
 template <typename T, typename Counts>
 CMatrix<T> runningCovariance(const CDataset<T>& data,
                              const CDenseVector<T>& mean, Counts counts) {
   const int d = data.inputDimension();
-  vecml::detail::PackedTriangle<T> covariance(d);
-  DatasetInputs<T> inputs(data, d);
-  T k = 0;
-  for (int n = 0; n < data.items(); ++n) {
-    if (!counts(data.item(n))) continue;
-    k += T(1);
-    centreInput(inputs(n), mean, d, covariance.item());
-    covariance.addRunningAverage(1.0 - 1.0 / static_cast<double>(k),
-                                 1.0 / static_cast<double>(k));
-  }
+  PackedTriangle<T> covariance(d);
+  const std::vector<int> counted = countedItems(data, counts);
+  covariance.splitColumns(counted.size(), [&](int first, int last) {
+    ColumnShare<T, RunningAverageStep> share(covariance, first, last);
+    DatasetInputs<T> inputs(data, d);
+    T k = 0;
+    for (int n : counted) {
+      k += T(1);
+      const double weight = 1.0 / static_cast<double>(k);
+      centreInput(inputs(n), mean, d, share.add({1.0 - weight, weight}));
+    }
+    share.finish();
+  });
   return covariance.toMatrix();
 }
 
@@ -85,11 +108,11 @@ struct Extremes {
                     : CDenseVector<T>(*data.item(0).inputVector())),
         maximum(minimum) {}
 
-  // requires: x holds minimum.dimension() elements.
-  void include(const T* x) {
+  // Includes the elements first .. last - 1 of x.
+  void include(const T* x, int first, int last) {
     T* low = minimum._data();
     T* high = maximum._data();
-    for (int i = 0; i < minimum.dimension(); ++i) {
+    for (int i = first; i < last; ++i) {
       low[i] = std::min(low[i], x[i]);
       high[i] = std::max(high[i], x[i]);
     }
@@ -103,33 +126,38 @@ struct Extremes {
 template <typename T>
 Extremes<T> extremes(const CDataset<T>& data) {
   Extremes<T> result(data);
-  DatasetInputs<T> inputs(data, result.minimum.dimension());
-  for (int n = 0; n < data.items(); ++n) result.include(inputs(n));
+  const int d = result.minimum.dimension();
+  const std::vector<int> all = countedItems(data, everyItem<T>);
+  splitFeatures(data, d, all, [&](int first, int last) {
+    DatasetInputs<T> inputs(data, d);
+    for (int n : all) result.include(inputs(n), first, last);
+  });
   return result;
 }
 
 // Ignores the inputs a pass shows it.
 template <typename T>
-void ignore(const T*) {}
+void ignore(const T*, int, int) {}
 
 // Sums the first `d` input elements of the items `counts` accepts into
-// `sum` (in item order, in T), showing each of those inputs to `visit`.
+// `sum` (in item order, in T), showing each of those inputs to
+// visit(x, first, last) for the elements first .. last - 1 it sums.
 // \return the number of those items.
 template <typename T, typename Counts, typename Visit>
 int sumInputs(const CDataset<T>& data, int d, Counts counts,
               CDenseVector<T>& sum, Visit visit) {
   sum.zeros();
-  DatasetInputs<T> inputs(data, d);
   T* s = sum._data();
-  int k = 0;
-  for (int n = 0; n < data.items(); ++n) {
-    if (!counts(data.item(n))) continue;
-    ++k;
-    const T* x = inputs(n);
-    visit(x);
-    for (int i = 0; i < d; ++i) s[i] += x[i];
-  }
-  return k;
+  const std::vector<int> counted = countedItems(data, counts);
+  splitFeatures(data, d, counted, [&](int first, int last) {
+    DatasetInputs<T> inputs(data, d);
+    for (int n : counted) {
+      const T* x = inputs(n);
+      visit(x, first, last);
+      for (int i = first; i < last; ++i) s[i] += x[i];
+    }
+  });
+  return static_cast<int>(counted.size());
 }
 
 // Sums the squared deviations from `mean` of the items `counts` accepts.
@@ -138,17 +166,19 @@ void sumSquaredDeviations(const CDataset<T>& data, const CDenseVector<T>& mean,
                           Counts counts, CDenseVector<T>& sum) {
   const int d = mean.dimension();
   sum.zeros();
-  DatasetInputs<T> inputs(data, d);
   const T* m = mean._data();
   T* s = sum._data();
-  for (int n = 0; n < data.items(); ++n) {
-    if (!counts(data.item(n))) continue;
-    const T* x = inputs(n);
-    for (int i = 0; i < d; ++i) {
-      const T deviation = x[i] - m[i];
-      s[i] += deviation * deviation;
+  const std::vector<int> counted = countedItems(data, counts);
+  splitFeatures(data, d, counted, [&](int first, int last) {
+    DatasetInputs<T> inputs(data, d);
+    for (int n : counted) {
+      const T* x = inputs(n);
+      for (int i = first; i < last; ++i) {
+        const T deviation = x[i] - m[i];
+        s[i] += deviation * deviation;
+      }
     }
-  }
+  });
 }
 
 template <typename T>
@@ -253,7 +283,9 @@ void CDatasetStatistic<T>::dumpStatistic() const {
   CDenseVector<T> deviation;
   CDenseVector<T> variance;
   sampleStatistic(data, inputDimension(), average, deviation, variance,
-                  [&range](const T* x) { range.include(x); });
+                  [&range](const T* x, int first, int last) {
+                    range.include(x, first, last);
+                  });
   const CDenseVector<T>& minimum = range.minimum;
   const CDenseVector<T>& maximum = range.maximum;
   std::printf("\n\n");
@@ -295,12 +327,16 @@ template <typename T>
 CMatrix<T> CDatasetStatistic<T>::getAutoCorrelation() const {
   const CDataset<T>& data = orEmpty(dataset);
   const int d = inputDimension();
-  vecml::detail::PackedTriangle<T> sums(d);
-  DatasetInputs<T> inputs(data, d);
-  for (int n = 0; n < data.items(); ++n) {
-    std::copy_n(inputs(n), d, sums.item());
-    sums.addProducts();
-  }
+  PackedTriangle<T> sums(d);
+  checkInputs(data, d);
+  sums.splitColumns(
+      static_cast<std::size_t>(data.items()), [&](int first, int last) {
+        ColumnShare<T, SumOfProductsStep> share(sums, first, last);
+        DatasetInputs<T> inputs(data, d);
+        for (int n = 0; n < data.items(); ++n)
+          std::copy_n(inputs(n), d, share.add({}));
+        share.finish();
+      });
   CMatrix<T> correlation = sums.toMatrix();
   correlation /= static_cast<T>(data.items());
   return correlation;

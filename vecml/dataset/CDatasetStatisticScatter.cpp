@@ -14,17 +14,29 @@
 using vecml::detail::centreInput;
 using vecml::detail::DatasetInputs;
 using vecml::detail::orEmpty;
+using vecml::detail::splitFeatures;
 
 namespace {
 
-// r(i, j) = fma(c[j], c[i], r(i, j)) for the square matrix r.
+// r(i, j) = fma(c[j], c[i], r(i, j)) for the columns first .. last - 1 of
+// the square matrix r.
 template <typename T>
-void addFusedOuterProduct(CMatrix<T>& r, const T* c) {
+void addFusedOuterProduct(CMatrix<T>& r, const T* c, int first, int last) {
   const int d = r.rows();
-  for (int j = 0; j < d; ++j) {
+  for (int j = first; j < last; ++j) {
     T* column = r._data() + static_cast<std::ptrdiff_t>(j) * d;
     for (int i = 0; i < d; ++i) column[i] = std::fma(c[j], c[i], column[i]);
   }
+}
+
+// The numbers of the items whose output vector equals `output`, in order.
+template <typename T>
+std::vector<int> classMembers(const CDataset<T>& data,
+                              const CDenseVector<T>& output) {
+  std::vector<int> members;
+  for (int n = 0; n < data.items(); ++n)
+    if (*data.item(n).outputVector() == output) members.push_back(n);
+  return members;
 }
 
 // Classes found among the items, in order of first appearance, with their
@@ -95,15 +107,22 @@ CMatrix<T> CDatasetStatistic<T>::getSW() const {
   const int d = inputDimension();
   // The matrix zero-fills whatever its flag says.
   CMatrix<T> scatter(d, d, false);
-  DatasetInputs<T> inputs(data, d);
-  std::vector<T> c(d);
   for (std::size_t k = 0; k < classes.outputs.size(); ++k) {
     const CMatrix<T> classScatter(d, d, true);
-    for (int n = 0; n < data.items(); ++n) {
-      if (!(*data.item(n).outputVector() == classes.outputs[k])) continue;
-      centreInput(inputs(n), classes.means[k], d, c.data());
-      addFusedOuterProduct(scatter, c.data());
-    }
+    const std::vector<int> members = classMembers(data, classes.outputs[k]);
+    // The columns are independent: each thread adds every member, in
+    // order, to its own columns.
+    splitFeatures(
+        data, d, members,
+        [&](int first, int last) {
+          DatasetInputs<T> inputs(data, d);
+          std::vector<T> c(d);
+          for (int n : members) {
+            centreInput(inputs(n), classes.means[k], d, c.data());
+            addFusedOuterProduct(scatter, c.data(), first, last);
+          }
+        },
+        d);
     // Adds the untouched per-class matrix: no effect on the values.
     scatter = scatter + classScatter;
   }

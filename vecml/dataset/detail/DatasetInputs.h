@@ -5,9 +5,11 @@
 #define VECML_DATASET_DETAIL_DATASETINPUTS_H
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
+#include "vecml/core/detail/Parallel.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
 #include "vecml/dataset/detail/Prefetch.h"
@@ -74,6 +76,47 @@ class DatasetInputs {
   int d;
   std::vector<T> copy;
 };
+
+/// Reads the first \p d input elements of every item of \p data once, so
+/// that an input too short for them aborts here, on the calling thread,
+/// with the report the serial walk would give, before any thread starts.
+template <typename T>
+void checkInputs(const CDataset<T>& data, int d) {
+  DatasetInputs<T> inputs(data, d);
+  for (int n = 0; n < data.items(); ++n) inputs(n);
+}
+
+/// As checkInputs(data, d) for the items numbered in \p items only.
+template <typename T>
+void checkInputs(const CDataset<T>& data, int d,
+                 const std::vector<int>& items) {
+  DatasetInputs<T> inputs(data, d);
+  for (int n : items) inputs(n);
+}
+
+/// Calls features(first, last) for contiguous ranges covering the d
+/// features, one per thread, on as many threads as walks over the inputs
+/// of \p items are worth, at \p workPerElement operations per item and
+/// feature (with one thread that is features(0, d)). Each
+/// feature's walk keeps the serial item order; with several threads, the
+/// inputs are checked on the calling thread first.
+template <typename T, typename Features>
+void splitFeatures(const CDataset<T>& data, int d,
+                   const std::vector<int>& items, Features features,
+                   double workPerElement = 1) {
+  const int threads =
+      threadsFor(static_cast<double>(items.size()) * d * workPerElement,
+                 static_cast<std::size_t>(d));
+  if (threads <= 1) {
+    features(0, d);
+    return;
+  }
+  checkInputs(data, d, items);
+  runOnThreads(threads, [&](int thread) {
+    features(static_cast<int>(blockStart(d, thread, threads)),
+             static_cast<int>(blockStart(d, thread + 1, threads)));
+  });
+}
 
 }  // namespace vecml::detail
 

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+// Every statistic gives the same bits on every thread count: awkward item
+// and feature counts, and sizes large enough that several threads run.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "CDatasetStatisticTestSupport.h"
+#include "support/ThreadCounts.h"
+#include "vecml/dataset/CDatasetStatistic.h"
+
+namespace {
+
+using statistic_test::captureConsole;
+using statistic_test::cyclicLabels;
+using statistic_test::randomRows;
+using test_support::denseDataset;
+
+template <typename T>
+class CDatasetStatisticThreadTest : public ::testing::Test {};
+
+using ElementTypes = ::testing::Types<float, double>;
+TYPED_TEST_SUITE(CDatasetStatisticThreadTest, ElementTypes);
+
+template <typename T>
+std::string bytesOfVector(const CDenseVector<T>& v) {
+  return bytesOf(v._data(), static_cast<std::size_t>(v.dimension()));
+}
+
+template <typename T>
+std::string bytesOfMatrix(const CMatrix<T>& m) {
+  return bytesOf(m._data(), static_cast<std::size_t>(m.rows()) * m.columns());
+}
+
+// `items` random items of `features` inputs with three cyclic labels.
+template <typename T>
+CDataset<T> randomDataset(int items, int features) {
+  return denseDataset(randomRows<T>(items, features, 7 + items, -2, 3),
+                      cyclicLabels<T>(items, 3));
+}
+
+// The mean, covariance and autocorrelation results, all overloads.
+template <typename T>
+std::string triangleResults(CDataset<T>& data) {
+  CDatasetStatistic<T> statistic(&data);
+  return bytesOfVector(statistic.mean(data)) +
+         bytesOfVector(statistic.mean(data, T(1))) +
+         bytesOfMatrix(statistic.covarianceMatrix(data)) +
+         bytesOfMatrix(statistic.covarianceMatrix(data, T(2))) +
+         bytesOfMatrix(statistic.getAutoCorrelation());
+}
+
+// The per-feature results and the printed table.
+template <typename T>
+std::string featureResults(CDataset<T>& data) {
+  CDatasetStatistic<T> statistic(&data);
+  CDenseVector<T> mean, stdDev, variance;
+  statistic.statistic(mean, stdDev, variance);
+  std::string bytes =
+      bytesOfVector(mean) + bytesOfVector(stdDev) + bytesOfVector(variance);
+  statistic.statistic(*data[0].outputVector(), mean, stdDev, variance);
+  bytes +=
+      bytesOfVector(mean) + bytesOfVector(stdDev) + bytesOfVector(variance);
+  bytes += bytesOfVector(statistic.minElements()) +
+           bytesOfVector(statistic.maxElements());
+  return bytes + captureConsole([&] { statistic.dumpStatistic(); });
+}
+
+// The class scatter matrices and their progress output.
+template <typename T>
+std::string scatterResults(CDataset<T>& data) {
+  CDatasetStatistic<T> statistic(&data);
+  std::string bytes;
+  const std::string printed = captureConsole([&] {
+    bytes = bytesOfMatrix(statistic.getSW()) + bytesOfMatrix(statistic.getSB());
+  });
+  return bytes + printed;
+}
+
+TYPED_TEST(CDatasetStatisticThreadTest, TrianglesOnAwkwardSizes) {
+  for (int items : awkwardSizes())
+    for (int features : {1, 7, 65}) {
+      SCOPED_TRACE(std::to_string(items) + " x " + std::to_string(features));
+      CDataset<TypeParam> data = randomDataset<TypeParam>(items, features);
+      expectSameBytesOnEveryThreadCount([&] { return triangleResults(data); });
+    }
+}
+
+TYPED_TEST(CDatasetStatisticThreadTest, TrianglesOfManyFeatures) {
+  CDataset<TypeParam> data = randomDataset<TypeParam>(40, 130);
+  expectSameBytesOnEveryThreadCount([&] { return triangleResults(data); });
+}
+
+TYPED_TEST(CDatasetStatisticThreadTest, FeaturesOnAwkwardSizes) {
+  for (int items : awkwardSizes())
+    for (int features : {1, 7, 65, 130}) {
+      SCOPED_TRACE(std::to_string(items) + " x " + std::to_string(features));
+      CDataset<TypeParam> data = randomDataset<TypeParam>(items, features);
+      expectSameBytesOnEveryThreadCount([&] { return featureResults(data); });
+    }
+}
+
+TYPED_TEST(CDatasetStatisticThreadTest, FeaturesOfManyItems) {
+  CDataset<TypeParam> data = randomDataset<TypeParam>(3000, 130);
+  expectSameBytesOnEveryThreadCount([&] { return featureResults(data); });
+}
+
+TYPED_TEST(CDatasetStatisticThreadTest, ScatterOnAwkwardSizes) {
+  for (int items : {1, 17, 129})
+    for (int features : {1, 7, 65}) {
+      SCOPED_TRACE(std::to_string(items) + " x " + std::to_string(features));
+      CDataset<TypeParam> data = randomDataset<TypeParam>(items, features);
+      expectSameBytesOnEveryThreadCount([&] { return scatterResults(data); });
+    }
+}
+
+}  // namespace
