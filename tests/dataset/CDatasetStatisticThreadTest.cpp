@@ -9,6 +9,7 @@
 #include "CDatasetStatisticTestSupport.h"
 #include "support/ThreadCounts.h"
 #include "vecml/dataset/CDatasetStatistic.h"
+#include "vecml/metric/CMetric.h"
 
 namespace {
 
@@ -78,6 +79,21 @@ std::string scatterResults(CDataset<T>& data) {
   return bytes + printed;
 }
 
+// The rank correlation of the first `count` items against a map space of
+// three points, named by the cyclic labels, and its progress output.
+template <typename T>
+std::string spearmanResults(CDataset<T>& data, int count) {
+  CDatasetStatistic<T> statistic(&data);
+  CDataset<double> map = denseDataset(randomRows<double>(3, 5, 3, -1, 1),
+                                      cyclicLabels<double>(3, 3));
+  CEuclideanMetric<double> mapMetric;
+  CEuclideanMetric<T> inputMetric;
+  T rho = 0;
+  const std::string printed = captureConsole(
+      [&] { rho = statistic.spearman(count, map, mapMetric, inputMetric); });
+  return bytesOf(&rho, 1) + printed;
+}
+
 TYPED_TEST(CDatasetStatisticThreadTest, TrianglesOnAwkwardSizes) {
   for (int items : awkwardSizes())
     for (int features : {1, 7, 65}) {
@@ -113,6 +129,34 @@ TYPED_TEST(CDatasetStatisticThreadTest, ScatterOnAwkwardSizes) {
       CDataset<TypeParam> data = randomDataset<TypeParam>(items, features);
       expectSameBytesOnEveryThreadCount([&] { return scatterResults(data); });
     }
+}
+
+// One class per item, so that the between-class sum has work for several
+// threads.
+TYPED_TEST(CDatasetStatisticThreadTest, ScatterOfManyClasses) {
+  using T = TypeParam;
+  for (int features : {7, 65}) {
+    SCOPED_TRACE(features);
+    CDataset<T> data = denseDataset(randomRows<T>(129, features, 9, -2, 3),
+                                    cyclicLabels<T>(129, 129));
+    expectSameBytesOnEveryThreadCount([&] { return scatterResults(data); });
+  }
+}
+
+TYPED_TEST(CDatasetStatisticThreadTest, SpearmanOnAwkwardSizes) {
+  for (int items : awkwardSizes())
+    for (int features : {1, 65}) {
+      SCOPED_TRACE(std::to_string(items) + " x " + std::to_string(features));
+      CDataset<TypeParam> data = randomDataset<TypeParam>(items, features);
+      expectSameBytesOnEveryThreadCount(
+          [&] { return spearmanResults(data, items); });
+    }
+}
+
+// Several progress lines, and fewer items ranked than the dataset holds.
+TYPED_TEST(CDatasetStatisticThreadTest, SpearmanOfManyItems) {
+  CDataset<TypeParam> data = randomDataset<TypeParam>(320, 20);
+  expectSameBytesOnEveryThreadCount([&] { return spearmanResults(data, 301); });
 }
 
 }  // namespace
