@@ -3,6 +3,7 @@
 // and feature counts, and sizes large enough that several threads run.
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -157,6 +158,43 @@ TYPED_TEST(CDatasetStatisticThreadTest, SpearmanOnAwkwardSizes) {
 TYPED_TEST(CDatasetStatisticThreadTest, SpearmanOfManyItems) {
   CDataset<TypeParam> data = randomDataset<TypeParam>(320, 20);
   expectSameBytesOnEveryThreadCount([&] { return spearmanResults(data, 301); });
+}
+
+// A Euclidean metric that throws when its first argument starts with 100.
+template <typename T>
+class MarkedInputThrows : public CEuclideanMetric<T> {
+ public:
+  T distance(const CVector<T>& a, const CVector<T>& b) const override {
+    if (a[0] == T(100)) throw std::runtime_error("marked input");
+    return CEuclideanMetric<T>::distance(a, b);
+  }
+};
+
+// A throwing distance leaves the progress text and the exception of the
+// one-thread walk: the lines up to the item that throws, no more.
+TYPED_TEST(CDatasetStatisticThreadTest, SpearmanWithThrowingDistance) {
+  using T = TypeParam;
+  test_support::Rows<T> rows = randomRows<T>(320, 20, 4, -2, 3);
+  rows[250][0] = T(100);
+  CDataset<T> data = denseDataset(rows, cyclicLabels<T>(320, 3));
+  CDataset<double> map = denseDataset(randomRows<double>(3, 5, 3, -1, 1),
+                                      cyclicLabels<double>(3, 3));
+  CEuclideanMetric<double> mapMetric;
+  MarkedInputThrows<T> inputMetric;
+  expectSameBytesOnEveryThreadCount([&] {
+    CDatasetStatistic<T> statistic(&data);
+    std::string error;
+    std::string printed = captureConsole([&] {
+      try {
+        statistic.spearman(320, map, mapMetric, inputMetric);
+      } catch (const std::runtime_error& e) {
+        error = e.what();
+      }
+    });
+    EXPECT_EQ(error, "marked input");
+    EXPECT_EQ(printed.find("looking at   300"), std::string::npos);
+    return printed + error;
+  });
 }
 
 }  // namespace

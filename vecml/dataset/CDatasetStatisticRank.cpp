@@ -134,6 +134,39 @@ CDataset<T>* rankNeighbours(int count, Distance distance) {
 // The progress line for item i, overwritten by the next one.
 void reportProgress(int i) { std::printf("looking at %5d\n\033[A", i); }
 
+// Calls measure(first, last) for ranges of the items 0 .. count - 1 that
+// together cover them, on as many threads as `work` element operations are
+// worth, and writes a progress line for every hundredth item. With one
+// thread the lines come between the items; with several they all follow
+// the measuring, which gives the same text.
+template <typename Measure>
+void measureWithProgress(int count, double work, Measure measure) {
+  const auto inOrder = [&] {
+    for (int i = 0; i < count; ++i) {
+      if (i % 100 == 0) reportProgress(i);
+      measure(i, i + 1);
+    }
+  };
+  const int threads =
+      vecml::detail::threadsFor(work, static_cast<std::size_t>(count));
+  if (threads <= 1) {
+    inOrder();
+    return;
+  }
+  try {
+    vecml::detail::runOnThreads(threads, [&](int thread) {
+      measure(static_cast<int>(blockStart(count, thread, threads)),
+              static_cast<int>(blockStart(count, thread + 1, threads)));
+    });
+  } catch (...) {
+    // A measure that throws is run again in order, so the caller sees the
+    // progress and the exception that one thread gives.
+    inOrder();
+    throw;
+  }
+  for (int i = 0; i < count; i += 100) reportProgress(i);
+}
+
 }  // namespace
 
 template <typename T>
@@ -163,33 +196,10 @@ T CDatasetStatistic<T>::spearman(int count, const CDataset<double>& mapData,
       }
     }
   };
-  const auto measureWithProgress = [&] {
-    for (int i = 0; i < count; ++i) {
-      if (i % 100 == 0) reportProgress(i);
-      measure(i, i + 1);
-    }
-  };
   const double work =
       static_cast<double>(pairs) *
       std::max(data.inputDimension() + mapData.inputDimension(), 1);
-  const int threads =
-      vecml::detail::threadsFor(work, static_cast<std::size_t>(count));
-  if (threads <= 1) {
-    measureWithProgress();
-  } else {
-    try {
-      vecml::detail::runOnThreads(threads, [&](int thread) {
-        measure(static_cast<int>(blockStart(count, thread, threads)),
-                static_cast<int>(blockStart(count, thread + 1, threads)));
-      });
-    } catch (...) {
-      // A distance that throws is measured again in order, so the caller
-      // sees the progress and the exception that the serial walk gives.
-      measureWithProgress();
-      throw;
-    }
-    for (int i = 0; i < count; i += 100) reportProgress(i);
-  }
+  measureWithProgress(count, work, measure);
   std::printf("\n\n");
   return static_cast<T>(rankCorrelation(inputDistances, mapDistances));
 }
