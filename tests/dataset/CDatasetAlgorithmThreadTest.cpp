@@ -3,6 +3,7 @@
 // awkward item counts, and sizes large enough that several threads run.
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -119,6 +120,38 @@ TYPED_TEST(CDatasetAlgorithmThreadTest, ShorterInputs) {
     CDenseVector<T> mean;
     return bytesOfVector(minElements(data)) + bytesOfVector(maxElements(data)) +
            bytesOfInputs(centerInput(data, mean)) + bytesOfVector(mean);
+  });
+}
+
+// A Euclidean metric that throws, naming the value, when its second
+// argument starts with 100 or more.
+template <typename T>
+class LargeInputThrows : public CEuclideanMetric<T> {
+ public:
+  T distance(const CVector<T>& a, const CVector<T>& b) const override {
+    if (b[0] >= T(100)) throw std::runtime_error(std::to_string(b[0]));
+    return CEuclideanMetric<T>::distance(a, b);
+  }
+};
+
+// Of several items that throw, the caller gets the exception of the first,
+// on every thread count.
+TYPED_TEST(CDatasetAlgorithmThreadTest, ThrowingTransformReportsFirstItem) {
+  using T = TypeParam;
+  test_support::Rows<T> rows = randomRows<T>(3000, 130, 6, -2, 3);
+  // The first thrower lies late in its thread's block, later ones open
+  // blocks of 2, 3 and 7 threads, so they throw first.
+  rows[999][0] = T(101);
+  for (int later : {1000, 1500, 2142}) rows[later][0] = T(100);
+  const CDataset<T> data = denseDataset(rows, cyclicLabels<T>(3000, 3));
+  const LargeInputThrows<T> metric;
+  expectSameBytesOnEveryThreadCount([&] {
+    try {
+      normalize(data, metric);
+    } catch (const std::runtime_error& e) {
+      return std::string(e.what());
+    }
+    return std::string("no exception");
   });
 }
 

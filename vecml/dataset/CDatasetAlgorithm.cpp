@@ -44,6 +44,24 @@ double workPerInput(const CDataset<T>& data) {
   return std::max(data.inputDimension(), 1);
 }
 
+// Whether every input of data is exactly a dense vector.
+template <typename T>
+bool allInputsDense(const CDataset<T>& data) {
+  for (int i = 0; i < data.items(); ++i)
+    if (vecml::detail::exactlyDense(*data[i].inputVector()) == nullptr)
+      return false;
+  return true;
+}
+
+// The work per item for a change of the inputs of data in place: the
+// vector operations on dense inputs throw, if at all, for the kinds of
+// vectors alone, so on every item alike before changing it. Other inputs
+// are left to one thread, which stops at the first item that throws.
+template <typename T>
+double workInPlace(const CDataset<T>& data, double workPerItem) {
+  return allInputsDense(data) ? workPerItem : 0;
+}
+
 // The item's input as a dense vector, expanding a sparse one in place.
 template <typename T>
 CDenseVector<T>& denseInput(CDatasetItem<T>& item) {
@@ -71,13 +89,26 @@ const CDenseVector<T>& denseView(const CVector<T>& v,
 // calling thread; the items are then transformed independently.
 template <typename T, typename Transform>
 CDataset<T> transformInputs(const CDataset<T>& data, Transform transform) {
-  CDataset<T> result;
-  result.reserve(data.items());
-  for (int i = 0; i < data.items(); ++i) result.appendItem(data[i]);
-  forEachItem(data.items(), workPerInput(data), [&](int i) {
-    transform(*data[i].inputVector(), denseInput(result[i]));
-  });
-  return result;
+  const auto build = [&](double workPerItem) {
+    CDataset<T> result;
+    result.reserve(data.items());
+    for (int i = 0; i < data.items(); ++i) result.appendItem(data[i]);
+    forEachItem(data.items(), workPerItem, [&](int i) {
+      transform(*data[i].inputVector(), denseInput(result[i]));
+    });
+    return result;
+  };
+  const double work = workPerInput(data);
+  if (vecml::detail::threadsFor(data.items() * work, data.items()) <= 1)
+    return build(0);
+  try {
+    return build(work);
+  } catch (...) {
+    // A transform that throws on one of several threads is run again in
+    // item order on this thread, so the caller gets the exception of the
+    // first item that throws, as with one thread.
+    return build(0);
+  }
 }
 
 // Per-component fold of all inputs, starting from item 0's input; only the
@@ -144,15 +175,6 @@ void resetTo(CDenseVector<T>& v, int n) {
   v.zeros();
 }
 
-// Whether every input of data is exactly a dense vector.
-template <typename T>
-bool allInputsDense(const CDataset<T>& data) {
-  for (int i = 0; i < data.items(); ++i)
-    if (vecml::detail::exactlyDense(*data[i].inputVector()) == nullptr)
-      return false;
-  return true;
-}
-
 // mean += input for every item in order, as the dense vector addition does
 // it: over mean's components, adding 0 where an input is shorter. Inputs
 // that are all dense are added per range of components; any other input
@@ -212,16 +234,17 @@ void populationDeviation(CDataset<T>& centred, CDenseVector<T>& sd) {
 
 template <typename T>
 void applyWeights(CDataset<T>& data, const CDenseVector<T>& weights) {
-  forEachItem(data.items(), weights.dimension(),
+  forEachItem(data.items(), workInPlace(data, weights.dimension()),
               [&](int i) { *data[i].inputVector() *= weights; });
 }
 
 template <typename T>
 void normalizeInputDataEuclidean(CDataset<T>& data) {
-  forEachItem(data.items(), 2 * workPerInput(data), [&](int i) {
-    CVector<T>& x = *data[i].inputVector();
-    x /= x.euclideanLength(false);
-  });
+  forEachItem(data.items(), workInPlace(data, 2 * workPerInput(data)),
+              [&](int i) {
+                CVector<T>& x = *data[i].inputVector();
+                x /= x.euclideanLength(false);
+              });
 }
 
 template <typename T>
