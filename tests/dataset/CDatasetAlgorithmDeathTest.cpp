@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "dataset/DatasetAlgorithmTestSupport.h"
+#include "support/ThreadCounts.h"
 #include "vecml/dataset/CDatasetAlgorithm.h"
 
 namespace {
@@ -36,6 +37,25 @@ TYPED_TEST(CDatasetAlgorithmDeathTest, ZScoreReportsTheFirstOutOfRangeIndex) {
       zscore(data, mean, sd),
       ContainsRegex("ML_LS_CHK failed in File: CDatasetAlgorithm\\.cpp "
                     "Line: [0-9]+\\. i=1 >= 1\n"));
+}
+
+// Large enough for several threads: the check still reports the first
+// longer input, before any thread starts.
+TYPED_TEST(CDatasetAlgorithmDeathTest,
+           ZScoreOnSeveralThreadsReportsFirstIndex) {
+  using T = TypeParam;
+  test_support::Rows<T> rows(3000, std::vector<T>(130, T(1)));
+  rows[2000].resize(131);
+  rows[2500].resize(140);
+  const auto data = datasetOf<T>(rows);
+  CDenseVector<T> mean, sd;
+  EXPECT_DEATH(
+      {
+        ScopedThreadCount threads(3);
+        zscore(data, mean, sd);
+      },
+      ContainsRegex("ML_LS_CHK failed in File: CDatasetAlgorithm\\.cpp "
+                    "Line: [0-9]+\\. i=130 >= 130\n"));
 }
 
 }  // namespace

@@ -3,12 +3,14 @@
 // and feature counts, and sizes large enough that several threads run.
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "CDatasetStatisticTestSupport.h"
 #include "support/ThreadCounts.h"
 #include "vecml/dataset/CDatasetStatistic.h"
+#include "vecml/metric/CMetric.h"
 
 namespace {
 
@@ -78,6 +80,21 @@ std::string scatterResults(CDataset<T>& data) {
   return bytes + printed;
 }
 
+// The rank correlation of the first `count` items against a map space of
+// three points, named by the cyclic labels, and its progress output.
+template <typename T>
+std::string spearmanResults(CDataset<T>& data, int count) {
+  CDatasetStatistic<T> statistic(&data);
+  CDataset<double> map = denseDataset(randomRows<double>(3, 5, 3, -1, 1),
+                                      cyclicLabels<double>(3, 3));
+  CEuclideanMetric<double> mapMetric;
+  CEuclideanMetric<T> inputMetric;
+  T rho = 0;
+  const std::string printed = captureConsole(
+      [&] { rho = statistic.spearman(count, map, mapMetric, inputMetric); });
+  return bytesOf(&rho, 1) + printed;
+}
+
 TYPED_TEST(CDatasetStatisticThreadTest, TrianglesOnAwkwardSizes) {
   for (int items : awkwardSizes())
     for (int features : {1, 7, 65}) {
@@ -113,6 +130,71 @@ TYPED_TEST(CDatasetStatisticThreadTest, ScatterOnAwkwardSizes) {
       CDataset<TypeParam> data = randomDataset<TypeParam>(items, features);
       expectSameBytesOnEveryThreadCount([&] { return scatterResults(data); });
     }
+}
+
+// One class per item, so that the between-class sum has work for several
+// threads.
+TYPED_TEST(CDatasetStatisticThreadTest, ScatterOfManyClasses) {
+  using T = TypeParam;
+  for (int features : {7, 65}) {
+    SCOPED_TRACE(features);
+    CDataset<T> data = denseDataset(randomRows<T>(129, features, 9, -2, 3),
+                                    cyclicLabels<T>(129, 129));
+    expectSameBytesOnEveryThreadCount([&] { return scatterResults(data); });
+  }
+}
+
+TYPED_TEST(CDatasetStatisticThreadTest, SpearmanOnAwkwardSizes) {
+  for (int items : awkwardSizes())
+    for (int features : {1, 65}) {
+      SCOPED_TRACE(std::to_string(items) + " x " + std::to_string(features));
+      CDataset<TypeParam> data = randomDataset<TypeParam>(items, features);
+      expectSameBytesOnEveryThreadCount(
+          [&] { return spearmanResults(data, items); });
+    }
+}
+
+// Several progress lines, and fewer items ranked than the dataset holds.
+TYPED_TEST(CDatasetStatisticThreadTest, SpearmanOfManyItems) {
+  CDataset<TypeParam> data = randomDataset<TypeParam>(320, 20);
+  expectSameBytesOnEveryThreadCount([&] { return spearmanResults(data, 301); });
+}
+
+// A Euclidean metric that throws when its first argument starts with 100.
+template <typename T>
+class MarkedInputThrows : public CEuclideanMetric<T> {
+ public:
+  T distance(const CVector<T>& a, const CVector<T>& b) const override {
+    if (a[0] == T(100)) throw std::runtime_error("marked input");
+    return CEuclideanMetric<T>::distance(a, b);
+  }
+};
+
+// A throwing distance leaves the progress text and the exception of the
+// one-thread walk: the lines up to the item that throws, no more.
+TYPED_TEST(CDatasetStatisticThreadTest, SpearmanWithThrowingDistance) {
+  using T = TypeParam;
+  test_support::Rows<T> rows = randomRows<T>(320, 20, 4, -2, 3);
+  rows[250][0] = T(100);
+  CDataset<T> data = denseDataset(rows, cyclicLabels<T>(320, 3));
+  CDataset<double> map = denseDataset(randomRows<double>(3, 5, 3, -1, 1),
+                                      cyclicLabels<double>(3, 3));
+  CEuclideanMetric<double> mapMetric;
+  MarkedInputThrows<T> inputMetric;
+  expectSameBytesOnEveryThreadCount([&] {
+    CDatasetStatistic<T> statistic(&data);
+    std::string error;
+    std::string printed = captureConsole([&] {
+      try {
+        statistic.spearman(320, map, mapMetric, inputMetric);
+      } catch (const std::runtime_error& e) {
+        error = e.what();
+      }
+    });
+    EXPECT_EQ(error, "marked input");
+    EXPECT_EQ(printed.find("looking at   300"), std::string::npos);
+    return printed + error;
+  });
 }
 
 }  // namespace

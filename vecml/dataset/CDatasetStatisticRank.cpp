@@ -10,10 +10,12 @@
 #include <vector>
 
 #include "vecml/core/detail/Arithmetic.h"
+#include "vecml/core/detail/Parallel.h"
 #include "vecml/dataset/CDatasetItem.h"
 #include "vecml/dataset/CDatasetStatistic.h"
 #include "vecml/dataset/detail/DatasetStatisticSupport.h"
 
+using vecml::detail::blockStart;
 using vecml::detail::clampCount;
 using vecml::detail::orEmpty;
 
@@ -129,6 +131,42 @@ CDataset<T>* rankNeighbours(int count, Distance distance) {
   return ranking.release();
 }
 
+// The progress line for item i, overwritten by the next one.
+void reportProgress(int i) { std::printf("looking at %5d\n\033[A", i); }
+
+// Calls measure(first, last) for ranges of the items 0 .. count - 1 that
+// together cover them, on as many threads as `work` element operations are
+// worth, and writes a progress line for every hundredth item. With one
+// thread the lines come between the items; with several they all follow
+// the measuring, which gives the same text.
+template <typename Measure>
+void measureWithProgress(int count, double work, Measure measure) {
+  const auto inOrder = [&] {
+    for (int i = 0; i < count; ++i) {
+      if (i % 100 == 0) reportProgress(i);
+      measure(i, i + 1);
+    }
+  };
+  const int threads =
+      vecml::detail::threadsFor(work, static_cast<std::size_t>(count));
+  if (threads <= 1) {
+    inOrder();
+    return;
+  }
+  try {
+    vecml::detail::runOnThreads(threads, [&](int thread) {
+      measure(static_cast<int>(blockStart(count, thread, threads)),
+              static_cast<int>(blockStart(count, thread + 1, threads)));
+    });
+  } catch (...) {
+    // A measure that throws is run again in order, so the caller sees the
+    // progress and the exception that one thread gives.
+    inOrder();
+    throw;
+  }
+  for (int i = 0; i < count; i += 100) reportProgress(i);
+}
+
 }  // namespace
 
 template <typename T>
@@ -139,22 +177,29 @@ T CDatasetStatistic<T>::spearman(int count, const CDataset<double>& mapData,
   count = clampCount(count, data.items());
   const std::vector<const CVector<double>*> mapInputs =
       representatives(data, count, mapData);
-  // Entry p of both lists belongs to the p-th ordered pair (i, j).
-  std::vector<T> inputDistances;
-  std::vector<T> mapDistances;
-  const std::size_t pairs = static_cast<std::size_t>(count) *
-                            static_cast<std::size_t>(std::max(count - 1, 0));
-  inputDistances.reserve(pairs);
-  mapDistances.reserve(pairs);
-  for (int i = 0; i < count; ++i) {
-    if (i % 100 == 0) std::printf("looking at %5d\n\033[A", i);
-    for (int j = 0; j < count; ++j) {
-      if (j == i) continue;
-      inputDistances.push_back(inputMetric.distance(
-          *data.item(i).inputVector(), *data.item(j).inputVector()));
-      mapDistances.push_back(mapDistance<T>(mapInputs, mapMetric, i, j));
+  // Entry p of both lists belongs to the p-th ordered pair (i, j), so
+  // item i's pairs start at i * (count - 1) and the items can be measured
+  // independently.
+  const std::size_t row = static_cast<std::size_t>(std::max(count - 1, 0));
+  const std::size_t pairs = static_cast<std::size_t>(count) * row;
+  std::vector<T> inputDistances(pairs);
+  std::vector<T> mapDistances(pairs);
+  const auto measure = [&](int first, int last) {
+    for (int i = first; i < last; ++i) {
+      std::size_t p = static_cast<std::size_t>(i) * row;
+      for (int j = 0; j < count; ++j) {
+        if (j == i) continue;
+        inputDistances[p] = inputMetric.distance(*data.item(i).inputVector(),
+                                                 *data.item(j).inputVector());
+        mapDistances[p] = mapDistance<T>(mapInputs, mapMetric, i, j);
+        ++p;
+      }
     }
-  }
+  };
+  const double work =
+      static_cast<double>(pairs) *
+      std::max(data.inputDimension() + mapData.inputDimension(), 1);
+  measureWithProgress(count, work, measure);
   std::printf("\n\n");
   return static_cast<T>(rankCorrelation(inputDistances, mapDistances));
 }

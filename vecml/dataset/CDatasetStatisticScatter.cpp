@@ -14,6 +14,7 @@
 using vecml::detail::centreInput;
 using vecml::detail::DatasetInputs;
 using vecml::detail::orEmpty;
+using vecml::detail::parallelFor;
 using vecml::detail::splitFeatures;
 
 namespace {
@@ -98,6 +99,15 @@ ClassTable<T> discoverClasses(const CDataset<T>& data) {
   return classes;
 }
 
+// Whether the overall mean and every class mean have at least d elements.
+template <typename T>
+bool meansCover(const ClassTable<T>& classes, int d) {
+  if (classes.overallMean.dimension() < d) return false;
+  for (const CDenseVector<T>& mean : classes.means)
+    if (mean.dimension() < d) return false;
+  return true;
+}
+
 }  // namespace
 
 template <typename T>
@@ -135,11 +145,26 @@ CMatrix<T> CDatasetStatistic<T>::getSB() const {
   const int d = inputDimension();
   const CDenseVector<T>& m = classes.overallMean;
   CMatrix<T> scatter(d, d, false);
-  for (const CDenseVector<T>& classMean : classes.means)
-    for (int j = 0; j < d; ++j)
-      for (int i = 0; i < d; ++i)
-        scatter(i, j) =
-            std::fma(classMean[i] - m[i], classMean[j], scatter(i, j)) - m[j];
+  // Each element takes the classes in order, so the columns are
+  // independent: each thread walks the classes over its own columns.
+  const auto addClassMeans = [&](int first, int last) {
+    for (const CDenseVector<T>& classMean : classes.means)
+      for (int j = first; j < last; ++j)
+        for (int i = 0; i < d; ++i)
+          scatter(i, j) =
+              std::fma(classMean[i] - m[i], classMean[j], scatter(i, j)) - m[j];
+  };
+  // A mean shorter than d aborts in its checked access, so then the
+  // columns are left to the calling thread in the serial order.
+  if (!meansCover(classes, d)) {
+    addClassMeans(0, d);
+    return scatter;
+  }
+  parallelFor(static_cast<std::size_t>(d),
+              static_cast<double>(classes.means.size()) * d,
+              [&](std::size_t first, std::size_t last) {
+                addClassMeans(static_cast<int>(first), static_cast<int>(last));
+              });
   return scatter;
 }
 
