@@ -22,15 +22,6 @@ template <typename T>
 class MatrixProductKernelTest : public testing::Test {};
 TYPED_TEST_SUITE(MatrixProductKernelTest, FloatingTypes);
 
-// Every path this processor (and VECML_CPU) allows; the lower paths run
-// whatever the processor, so one run compares them all.
-std::vector<CpuLevel> availableLevels() {
-  std::vector<CpuLevel> levels;
-  for (CpuLevel level : {CpuLevel::baseline, CpuLevel::avx2, CpuLevel::avx512})
-    if (level <= vecml::detail::cpuLevel()) levels.push_back(level);
-  return levels;
-}
-
 // A product's shape: c is m x n, a is m x depth, b has ldb >= depth rows.
 struct Shape {
   int m, depth, n, ldb;

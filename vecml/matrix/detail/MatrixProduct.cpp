@@ -54,6 +54,13 @@ constexpr std::ptrdiff_t kFewRowTiles = 4;
 // matrix x vector products: a register tile would mostly hold padding.
 constexpr std::ptrdiff_t kFewColumns = 4;
 
+// Fused steps that the register tiles do in the time the threading
+// threshold's element operation takes (a vector of them per instruction):
+// a tiled product counts its work in vectors of steps, so products up to
+// about 100 x 100 stay on the calling thread, where a second thread gains
+// too little to repay starting it.
+constexpr double kTileStepsPerOperation = 8;
+
 // Rows of c in one cache line: the unit of a split by rows, so that no two
 // threads write to the same line of c.
 template <typename T>
@@ -232,8 +239,10 @@ void productOfRows(const ProductOperands<T>& p, const TileKernel<T>* kernel,
 template <typename T>
 void productOnThreads(const ProductOperands<T>& p,
                       const TileKernel<T>* kernel) {
-  const double work = static_cast<double>(p.m) * p.depth * p.n;
   const bool byRows = p.n < kFewColumns;
+  const double work =
+      static_cast<double>(p.m) * p.depth * p.n /
+      (byRows || kernel == nullptr ? 1 : kTileStepsPerOperation);
   const std::ptrdiff_t extent = byRows ? p.m : p.n;
   const std::ptrdiff_t unit = byRows              ? kRowsPerLine<T>
                               : kernel != nullptr ? kernel->tileColumns
