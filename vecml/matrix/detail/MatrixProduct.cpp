@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 #include "vecml/core/detail/CacheLineArray.h"
 #include "vecml/core/detail/Parallel.h"
