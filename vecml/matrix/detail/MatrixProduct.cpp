@@ -65,7 +65,8 @@ constexpr double kTileStepsPerOperation = 8;
 // Rows of c in one cache line: the unit of a split by rows, so that no two
 // threads write to the same line of c.
 template <typename T>
-constexpr std::ptrdiff_t kRowsPerLine = 64 / sizeof(T);
+constexpr std::ptrdiff_t kRowsPerLine =
+    static_cast<std::ptrdiff_t>(kCacheLine) / sizeof(T);
 
 std::ptrdiff_t roundUp(std::ptrdiff_t value, std::ptrdiff_t step) {
   return (value + step - 1) / step * step;
