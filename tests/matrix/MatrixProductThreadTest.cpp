@@ -17,36 +17,31 @@
 
 namespace {
 
-using vecml::detail::CpuLevel;
 using vecml::detail::ProductOperands;
 
 template <typename T>
 class MatrixProductThreadTest : public testing::Test {};
 TYPED_TEST_SUITE(MatrixProductThreadTest, FloatingTypes);
 
-// c = a * b with a rows x depth and b depth x columns.
-struct ProductShape {
-  int rows, depth, columns;
-};
-
+// Shapes with b's column stride ldb longer than its depth.
 std::vector<ProductShape> productShapes() {
   std::vector<ProductShape> shapes;
   for (int n : awkwardSizes()) {
-    shapes.push_back({n, n, n});
-    shapes.push_back({n, 300, 40});
-    shapes.push_back({40, 300, n});
+    shapes.push_back({n, n, n, n + 3});
+    shapes.push_back({n, 300, 40, 303});
+    shapes.push_back({40, 300, n, 303});
   }
   // Few columns (split by rows), few rows, and several cache blocks.
-  const ProductShape more[] = {{129, 65, 7},  {1000, 300, 3},  {1000, 300, 1},
-                               {2, 513, 600}, {300, 200, 150}, {700, 24, 1100}};
+  const ProductShape more[] = {{129, 65, 7, 68},     {1000, 300, 3, 303},
+                               {1000, 300, 1, 303},  {2, 513, 600, 516},
+                               {300, 200, 150, 203}, {700, 24, 1100, 27}};
   shapes.insert(shapes.end(), std::begin(more), std::end(more));
   return shapes;
 }
 
 std::string describe(const ProductShape& shape) {
-  return std::to_string(shape.rows) + "x" + std::to_string(shape.depth) +
-         " * " + std::to_string(shape.depth) + "x" +
-         std::to_string(shape.columns);
+  return std::to_string(shape.m) + "x" + std::to_string(shape.depth) + " * " +
+         std::to_string(shape.depth) + "x" + std::to_string(shape.n);
 }
 
 TYPED_TEST(MatrixProductThreadTest, ProductIsTheSameOnEveryThreadCount) {
@@ -56,8 +51,8 @@ TYPED_TEST(MatrixProductThreadTest, ProductIsTheSameOnEveryThreadCount) {
   std::mt19937 random(seed);
   for (const ProductShape& shape : productShapes()) {
     SCOPED_TRACE(describe(shape));
-    const CMatrix<T> a = randomMatrix<T>(shape.rows, shape.depth, random);
-    const CMatrix<T> b = randomMatrix<T>(shape.depth, shape.columns, random);
+    const CMatrix<T> a = randomMatrix<T>(shape.m, shape.depth, random);
+    const CMatrix<T> b = randomMatrix<T>(shape.depth, shape.n, random);
     expectSameBytesOnEveryThreadCount([&] {
       const CMatrix<T> c = a * b;
       return bytesOf(c._data(), static_cast<std::size_t>(c.rows()) *
@@ -66,28 +61,25 @@ TYPED_TEST(MatrixProductThreadTest, ProductIsTheSameOnEveryThreadCount) {
   }
 }
 
-// Every path the processor supports, with b's columns longer than a's
-// (ldb > depth) and c prefilled, so that a block that one thread leaves
-// unwritten shows.
+// Every path the processor supports, with c prefilled, so that a block that
+// one thread leaves unwritten shows.
 TYPED_TEST(MatrixProductThreadTest, EveryPathIsTheSameOnEveryThreadCount) {
   using T = TypeParam;
   std::mt19937 random(23);
   std::uniform_real_distribution<T> uniform(-1, 1);
   for (const ProductShape& shape : productShapes()) {
-    const int ldb = shape.depth + 3;
-    std::vector<T> a(static_cast<std::size_t>(shape.rows) * shape.depth);
-    std::vector<T> b(static_cast<std::size_t>(ldb) * shape.columns);
+    std::vector<T> a(static_cast<std::size_t>(shape.m) * shape.depth);
+    std::vector<T> b(static_cast<std::size_t>(shape.ldb) * shape.n);
     for (T& x : a) x = uniform(random);
     for (T& x : b) x = uniform(random);
-    for (CpuLevel level : availableLevels()) {
+    for (const auto level : availableLevels()) {
       SCOPED_TRACE(describe(shape) + ", level " +
                    std::to_string(static_cast<int>(level)));
       expectSameBytesOnEveryThreadCount([&] {
-        std::vector<T> c(static_cast<std::size_t>(shape.rows) * shape.columns,
-                         T(7));
+        std::vector<T> c(static_cast<std::size_t>(shape.m) * shape.n, T(7));
         vecml::detail::multiplyColumnMajor(
-            ProductOperands<T>{a.data(), b.data(), c.data(), shape.rows,
-                               shape.depth, shape.columns, ldb},
+            ProductOperands<T>{a.data(), b.data(), c.data(), shape.m,
+                               shape.depth, shape.n, shape.ldb},
             level);
         return bytesOf(c.data(), c.size());
       });

@@ -24,6 +24,12 @@ CMatrix<T> fromRows(int rows, int columns, const std::vector<T>& values) {
   return m;
 }
 
+/// A matrix product's shape: c is m x n, a is m x depth, b has ldb >= depth
+/// rows.
+struct ProductShape {
+  int m, depth, n, ldb;
+};
+
 /// A rows x columns matrix of elements uniform in [-1, 1), drawn in storage
 /// order.
 template <typename T>
