@@ -134,14 +134,6 @@ CMatrix<T> sequentialProduct(const CMatrix<T>& a, const CMatrix<T>& b) {
   return c;
 }
 
-template <typename T>
-CMatrix<T> randomMatrix(int rows, int columns, std::mt19937& random) {
-  std::uniform_real_distribution<T> uniform(-1, 1);
-  CMatrix<T> m(rows, columns);
-  for (int k = 0; k < rows * columns; ++k) m._data()[k] = uniform(random);
-  return m;
-}
-
 TYPED_TEST(CMatrixProductTest, ProductUsesFusedMultiplyAdd) {
   using T = TypeParam;
   // x * x is not representable; only a fused step keeps its low part.

@@ -20,15 +20,6 @@ template <typename T>
 class MatrixProductOperatorTest : public testing::Test {};
 TYPED_TEST_SUITE(MatrixProductOperatorTest, FloatingTypes);
 
-template <typename T>
-CMatrix<T> randomMatrix(int rows, int columns, std::mt19937& random) {
-  std::uniform_real_distribution<T> uniform(-1, 1);
-  CMatrix<T> m(rows, columns, false);
-  for (int j = 0; j < columns; ++j)
-    for (int i = 0; i < rows; ++i) m(i, j) = uniform(random);
-  return m;
-}
-
 // (i, j) = fma(a(i, k), b(k, j), sum) from +0, k ascending.
 template <typename T>
 std::vector<T> sequentialProduct(const CMatrix<T>& a, const CMatrix<T>& b) {

@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 #include "vecml/core/detail/CacheLineArray.h"
+#include "vecml/core/detail/Parallel.h"
 #include "vecml/core/detail/SimdLanes.h"
 
 namespace vecml::detail {
@@ -27,8 +29,9 @@ struct TileKernel {
                    std::ptrdiff_t depth, T* packed);
   void (*packColumns)(const T* b, std::ptrdiff_t ldb, std::ptrdiff_t count,
                       std::ptrdiff_t depth, T* packed);
-  void (*column)(const T* a, std::ptrdiff_t rows, const T* x, T* y,
-                 std::ptrdiff_t depth);
+  // y = a * x for rows rows of a (column stride lda).
+  void (*column)(const T* a, std::ptrdiff_t lda, std::ptrdiff_t rows,
+                 const T* x, T* y, std::ptrdiff_t depth);
   std::ptrdiff_t tileRows, tileColumns, narrowColumns;
   // Depth of a packed panel pair: a tile's panel of b stays in the level-1
   // cache while the row tiles pass over it.
@@ -51,6 +54,19 @@ constexpr std::ptrdiff_t kFewRowTiles = 4;
 // Products with fewer columns than this run column by column as
 // matrix x vector products: a register tile would mostly hold padding.
 constexpr std::ptrdiff_t kFewColumns = 4;
+
+// Fused steps that the register tiles do in the time the threading
+// threshold's element operation takes (a vector of them per instruction):
+// a tiled product counts its work in vectors of steps, so products up to
+// about 100 x 100 stay on the calling thread, where a second thread gains
+// too little to repay starting it.
+constexpr double kTileStepsPerOperation = 8;
+
+// Rows of c in one cache line: the unit of a split by rows, so that no two
+// threads write to the same line of c.
+template <typename T>
+constexpr std::ptrdiff_t kRowsPerLine =
+    static_cast<std::ptrdiff_t>(kCacheLine) / sizeof(T);
 
 std::ptrdiff_t roundUp(std::ptrdiff_t value, std::ptrdiff_t step) {
   return (value + step - 1) / step * step;
@@ -181,26 +197,72 @@ void productBlocked(const ProductOperands<T>& p, const TileKernel<T>& kernel) {
   }
 }
 
+// The plain loop over a block of c's rows: column by column, one fused step
+// per k over the block's rows.
 template <typename T>
-void productFast(const ProductOperands<T>& p, const TileKernel<T>& kernel) {
-  if (p.n >= kFewColumns) return productBlocked(p, kernel);
-  for (std::ptrdiff_t j = 0; j < p.n; ++j)
-    kernel.column(p.a, p.m, p.b + j * p.ldb, p.c + j * p.m, p.depth);
-}
-
-// The plain loop: column by column, one fused step per k over all rows.
-template <typename T>
-void productByColumns(const ProductOperands<T>& p) {
+void productByColumns(const ProductOperands<T>& p, Span rows) {
   for (std::ptrdiff_t j = 0; j < p.n; ++j) {
-    T* c = p.c + j * p.m;
-    std::fill(c, c + p.m, T(0));
+    T* c = p.c + rows.first + j * p.m;
+    std::fill(c, c + rows.count, T(0));
     for (std::ptrdiff_t k = 0; k < p.depth; ++k) {
       const T bkj = p.b[k + j * p.ldb];
-      const T* ak = p.a + k * p.m;
-      for (std::ptrdiff_t i = 0; i < p.m; ++i)
+      const T* ak = p.a + rows.first + k * p.m;
+      for (std::ptrdiff_t i = 0; i < rows.count; ++i)
         c[i] = std::fma(ak[i], bkj, c[i]);
     }
   }
+}
+
+// All of c's rows for the product q of some of c's columns; kernel is null
+// on the plain path.
+template <typename T>
+void productOfColumns(const ProductOperands<T>& q,
+                      const TileKernel<T>* kernel) {
+  if (kernel == nullptr) return productByColumns(q, Span{0, q.m});
+  productBlocked(q, *kernel);
+}
+
+// A block of c's rows for a product with few columns, as matrix x vector
+// products.
+template <typename T>
+void productOfRows(const ProductOperands<T>& p, const TileKernel<T>* kernel,
+                   Span rows) {
+  if (kernel == nullptr) return productByColumns(p, rows);
+  for (std::ptrdiff_t j = 0; j < p.n; ++j)
+    kernel->column(p.a + rows.first, p.m, rows.count, p.b + j * p.ldb,
+                   p.c + rows.first + j * p.m, p.depth);
+}
+
+// Splits c over the library's threads: a product with few columns by
+// blocks of rows (whole cache lines of c), any other by blocks of whole
+// register tiles of columns. Every element is still computed by one thread
+// with its whole chain, so the split never changes a bit; one thread runs
+// the whole product in one call.
+template <typename T>
+void productOnThreads(const ProductOperands<T>& p,
+                      const TileKernel<T>* kernel) {
+  const bool byRows = p.n < kFewColumns;
+  const double work =
+      static_cast<double>(p.m) * p.depth * p.n /
+      (byRows || kernel == nullptr ? 1 : kTileStepsPerOperation);
+  const std::ptrdiff_t extent = byRows ? p.m : p.n;
+  const std::ptrdiff_t unit = byRows              ? kRowsPerLine<T>
+                              : kernel != nullptr ? kernel->tileColumns
+                                                  : 1;
+  const std::ptrdiff_t pieces = (extent + unit - 1) / unit;
+  parallelFor(
+      static_cast<std::size_t>(pieces), work / static_cast<double>(pieces),
+      [&](std::size_t begin, std::size_t end) {
+        const std::ptrdiff_t first = static_cast<std::ptrdiff_t>(begin) * unit;
+        const Span block{
+            first,
+            std::min(static_cast<std::ptrdiff_t>(end) * unit, extent) - first};
+        if (byRows) return productOfRows(p, kernel, block);
+        productOfColumns(ProductOperands<T>{p.a, p.b + block.first * p.ldb,
+                                            p.c + block.first * p.m, p.m,
+                                            p.depth, block.count, p.ldb},
+                         kernel);
+      });
 }
 
 #if VECML_HAVE_X86_KERNELS
@@ -234,14 +296,13 @@ void multiplyColumnMajor(const ProductOperands<T>& p, CpuLevel level) {
     return;
   }
 #if VECML_HAVE_X86_KERNELS
-  if (const auto* kernels = choiceForCpu<const TileKernel<T>*>(
-          std::min(level, cpuLevel()), &Kernels<T>::avx512, &Kernels<T>::avx2,
-          nullptr))
-    return productFast(p, *kernels);
+  productOnThreads(p, choiceForCpu<const TileKernel<T>*>(
+                          std::min(level, cpuLevel()), &Kernels<T>::avx512,
+                          &Kernels<T>::avx2, nullptr));
 #else
   static_cast<void>(level);
+  productOnThreads(p, static_cast<const TileKernel<T>*>(nullptr));
 #endif
-  productByColumns(p);
 }
 
 template <typename T>

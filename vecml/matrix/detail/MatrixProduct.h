@@ -11,8 +11,11 @@
 // multiply-add rounds the same way in every instruction set. So every path
 // gives the bits of the plain loop.
 //
-// The packing space (at most about 2.6 MB) is kept per thread from one
-// product to the next and released when the thread ends.
+// Large products run on the library's threads (vecml/core/Threads.h), each
+// thread computing whole columns of c, or whole rows when c has fewer than
+// four columns; so every thread count gives the same bits too. The packing
+// space (at most about 2.6 MB) is kept per thread from one product to the
+// next and released when the thread ends.
 #ifndef VECML_MATRIX_DETAIL_MATRIXPRODUCT_H
 #define VECML_MATRIX_DETAIL_MATRIXPRODUCT_H
 
