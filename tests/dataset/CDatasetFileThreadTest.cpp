@@ -114,7 +114,7 @@ TYPED_TEST(CDatasetFileThreadTest, AWholeFileReadsAlike) {
 TYPED_TEST(CDatasetFileThreadTest, AFileCutAnywhereFailsAlike) {
   const std::string& file = bigFile();
   const std::string record = bigRecord();
-  constexpr std::size_t kCuts = 37;
+  constexpr std::size_t kCuts = 19;
   for (std::size_t cut = 0; cut < kCuts; ++cut) {
     const std::size_t fileAt = file.size() * cut / kCuts;
     const std::size_t recordAt = record.size() * cut / kCuts + cut % 5;
