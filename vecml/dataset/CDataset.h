@@ -178,7 +178,11 @@ class VECML_API CDataset : public CObject<T> {
   // --- Best-match searches (meant for items() > 0) ------------------------
   // On an empty dataset, or with a range form's `from` outside
   // 0..items()-1, the index is -1 and the distance argument is left alone;
-  // a `to` beyond the last item searches up to the last item.
+  // a `to` beyond the last item searches up to the last item. The whole
+  // and range forms split a long search over several threads
+  // (setNumThreads()), which call the metric's distance() at the same time:
+  // a metric must not change state in it. The result is the same for any
+  // thread count.
 
   /// \return the index of the input closest to \p query.
   int getBestMatchIDInput(const CVector<T>& query,
@@ -294,7 +298,10 @@ class VECML_API CDataset : public CObject<T> {
   ///   before its items gives none;
   /// - items without elements (both dimensions 0) take no data, and at most
   ///   65,536 of them are made.
-  /// The stream is left right after the record.
+  /// The stream is left right after the record. With more than one thread
+  /// (setNumThreads()), the values of a long record are read from \p in on
+  /// a second thread while this one builds the items; the stream is used by
+  /// one thread at a time.
   bool read(std::istream& in);
   /// Writes the record gzip-compressed to \p fileName.
   /// \return false when the file cannot be opened for writing.

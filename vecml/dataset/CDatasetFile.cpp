@@ -15,7 +15,9 @@
 
 #include "vecml/core/CArchiv.h"
 #include "vecml/core/detail/BinaryIO.h"
+#include "vecml/core/detail/Parallel.h"
 #include "vecml/dataset/CDataset.h"
+#include "vecml/dataset/detail/BlockPipe.h"
 #include "vecml/dataset/detail/Prefetch.h"
 #include "vecml/stream/detail/GzipFileBuffer.h"
 #include "vecml/stream/gzstream.h"
@@ -24,7 +26,9 @@
 
 namespace {
 
+using vecml::detail::BlockPipe;
 using vecml::detail::readValue;
+using vecml::detail::ValueBlock;
 using vecml::detail::writeValue;
 
 // Items reserved before any of their data have arrived; a larger declared
@@ -37,6 +41,8 @@ constexpr std::uint64_t kTrustedExpansion = 8;
 // Element values moved per stream read or write (64 KiB of floats), few
 // enough to stay in the cache between the stream and the items.
 constexpr std::size_t kBlockFloats = std::size_t(1) << 14;
+// Blocks the reading thread may run ahead of the thread building items.
+constexpr std::size_t kPipeBlocks = 4;
 // Items without elements consume no data, so nothing in a file bounds their
 // number; the trusting reader makes at most this many.
 constexpr std::size_t kMaxEmptyItems = std::size_t(1) << 16;
@@ -104,25 +110,80 @@ std::size_t readFloats(std::istream& in, std::size_t count,
 }
 
 // Reads up to `count` items of `width` float values each, in blocks of
-// whole items, and calls take(values, index) for every complete item in
-// file order. A stream that has already failed gives no items, not even
-// items without values. \return the number of complete items.
-template <typename Take>
-std::size_t readItems(std::istream& in, std::size_t count, std::size_t width,
-                      Take&& take) {
+// whole items into `block`, and calls deliver(block) for every block, in
+// file order, until a block comes short or deliver() returns false. A
+// stream that has already failed gives no blocks, not even ones of items
+// without values. \return the number of complete items delivered.
+template <typename Deliver>
+std::size_t readItemBlocks(std::istream& in, std::size_t count,
+                           std::size_t width, ValueBlock& block,
+                           Deliver&& deliver) {
   const std::size_t perBlock =
       width == 0 ? count : std::max<std::size_t>(1, kBlockFloats / width);
-  std::vector<float> block;
   std::size_t done = 0;
   while (done < count && in) {
     const std::size_t wanted = std::min(perBlock, count - done);
-    const std::size_t arrived = readFloats(in, wanted * width, block);
-    const std::size_t complete = width == 0 ? wanted : arrived / width;
-    for (std::size_t k = 0; k < complete; ++k)
-      take(block.data() + k * width, done + k);
-    done += complete;
-    if (complete < wanted) break;
+    const std::size_t arrived = readFloats(in, wanted * width, block.values);
+    block.records = width == 0 ? wanted : arrived / width;
+    const bool cutShort = block.records < wanted;
+    done += block.records;
+    if (!deliver(block) || cutShort) break;
   }
+  return done;
+}
+
+// Calls take(values, index) for every item of `block`, numbered from
+// `first`.
+template <typename Take>
+void takeItems(const ValueBlock& block, std::size_t width, std::size_t first,
+               Take& take) {
+  for (std::size_t k = 0; k < block.records; ++k)
+    take(block.values.data() + k * width, first + k);
+}
+
+// Reads up to `count` items of `width` float values each and calls
+// take(values, index) for every complete item in file order, on the
+// calling thread. A stream that has already failed gives no items.
+// \return the number of complete items.
+template <typename Take>
+std::size_t readItemsSerially(std::istream& in, std::size_t count,
+                              std::size_t width, Take& take) {
+  ValueBlock block;
+  std::size_t done = 0;
+  return readItemBlocks(in, count, width, block, [&](const ValueBlock& full) {
+    takeItems(full, width, done, take);
+    done += full.records;
+    return true;
+  });
+}
+
+// As readItemsSerially(). With two threads, one reads (and inflates) the
+// stream a few blocks ahead while the calling thread builds the items: the
+// same blocks, read and taken in the same order.
+template <typename Take>
+std::size_t readItems(std::istream& in, std::size_t count, std::size_t width,
+                      Take&& take) {
+  const double values = double(count) * double(width);
+  if (vecml::detail::threadsFor(values, 2) < 2)
+    return readItemsSerially(in, count, width, take);
+  BlockPipe pipe(kPipeBlocks);
+  std::size_t done = 0;
+  const auto send = [&] {
+    ValueBlock block = pipe.spareBlock();
+    readItemBlocks(in, count, width, block, [&](ValueBlock& full) {
+      return pipe.send(std::exchange(full, pipe.spareBlock()));
+    });
+  };
+  const auto receive = [&] {
+    ValueBlock block;
+    while (pipe.receive(block)) {
+      takeItems(block, width, done, take);
+      done += block.records;
+      pipe.recycle(std::move(block));
+    }
+  };
+  const auto alone = [&] { done = readItemsSerially(in, count, width, take); };
+  vecml::detail::sendAndReceive(pipe, send, receive, alone);
   return done;
 }
 

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Best-match search over a dataset's inputs or outputs. Dense queries under
-// a Euclidean metric are measured a block of items at a time.
+// a Euclidean metric are measured a block of items at a time; long searches
+// are split into contiguous ranges of items, one per thread.
 #include <algorithm>
 #include <typeinfo>
+#include <vector>
 
 #include "vecml/core/detail/Arithmetic.h"
+#include "vecml/core/detail/Parallel.h"
 #include "vecml/dataset/CDataset.h"
+#include "vecml/dataset/detail/Prefetch.h"
 #include "vecml/vector/CDenseVector.h"
 #include "vecml/vector/detail/DenseDistanceBlock.h"
 #include "vecml/vector/detail/ExactKind.h"
@@ -14,9 +18,14 @@ using vecml::detail::exactlyDense;
 
 namespace {
 
+// Cache lines of a queued row fetched ahead of its block's measurement: the
+// rows lie anywhere on the heap, where the hardware prefetchers cannot
+// foresee them.
+constexpr int kPrefetchRowLines = 8;
+
 template <typename T>
-const CVector<T>& searchedVector(const CDatasetItem<T>& item, bool onInputs) {
-  return onInputs ? *item.inputVector() : *item.outputVector();
+const CVector<T>* searchedVector(const CDatasetItem<T>& item, bool onInputs) {
+  return onInputs ? item.inputVector() : item.outputVector();
 }
 
 // Result of a search so far. Only a strictly smaller distance replaces the
@@ -59,7 +68,8 @@ class EuclideanBlocks {
   /// Queues item \p index, whose searched vector is \p vector, when the
   /// blocks can measure it; otherwise measures what is queued and returns
   /// false, so that the caller measures the item itself, after the queued
-  /// ones.
+  /// ones. A queued row's elements are fetched into the cache while the
+  /// rest of its block is gathered.
   bool take(const CVector<T>& vector, int index) {
     if (query == nullptr) return false;
     const CDenseVector<T>* dense = exactlyDense(vector);
@@ -67,7 +77,10 @@ class EuclideanBlocks {
       flush();
       return false;
     }
-    rows[pending] = dense->_data();
+    const T* row = dense->_data();
+    vecml::detail::prefetchLines(row, std::intptr_t(dimension) * sizeof(T),
+                                 kPrefetchRowLines);
+    rows[pending] = row;
     indices[pending] = index;
     if (++pending == kernel.blockSize) flush();
     return true;
@@ -102,6 +115,55 @@ class EuclideanBlocks {
   T sums[vecml::detail::kMaxDistanceBlock];
 };
 
+// One search: the query, the metric, which vectors of the items are
+// searched and which item is skipped.
+template <typename T>
+struct Search {
+  const std::vector<CDatasetItem<T>>& items;
+  const CVector<T>& query;
+  const CMetric<T>& metric;
+  bool onInputs;
+  int exclude;
+
+  /// Offers items begin .. end - 1 to \p best, in order.
+  void serial(int begin, int end, RunningBest<T>& best) const {
+    EuclideanBlocks<T> blocks(query, metric, best);
+    for (int i = begin; i < end; ++i) {
+      if (i == exclude) continue;
+      const CVector<T>& vector = *searchedVector(items[i], onInputs);
+      if (!blocks.take(vector, i))
+        best.offer(metric.distance(vector, query), i);
+    }
+    blocks.flush();
+  }
+
+  /// As serial(), with the items split into contiguous ranges, one per
+  /// thread. Every range starts from \p best and keeps only strict
+  /// improvements on it, so its result is the first of its closest items
+  /// or its unchanged start; offering the ranges' results in range order
+  /// then gives the item the serial search finds, with its distance.
+  void parallel(int begin, int end, RunningBest<T>& best) const {
+    const std::size_t count = std::size_t(std::max(end - begin, 0));
+    const double perItem = std::max(query.dimension(), 1);
+    const int threads =
+        vecml::detail::threadsFor(double(count) * perItem, count);
+    if (threads <= 1) {
+      serial(begin, end, best);
+      return;
+    }
+    std::vector<RunningBest<T>> found(std::size_t(threads), best);
+    vecml::detail::runOnThreads(threads, [&](int thread) {
+      using vecml::detail::blockStart;
+      RunningBest<T> local = best;
+      serial(begin + int(blockStart(count, thread, threads)),
+             begin + int(blockStart(count, thread + 1, threads)), local);
+      found[std::size_t(thread)] = local;
+    });
+    for (const RunningBest<T>& range : found)
+      best.offer(range.distance, range.index);
+  }
+};
+
 }  // namespace
 
 template <typename T>
@@ -113,18 +175,12 @@ void CDataset<T>::bestMatch(const CVector<T>& query, const CMetric<T>& metric,
     return;
   }
   RunningBest<T> best{
-      metric.distance(searchedVector(itemList[from], onInputs), query),
+      metric.distance(*searchedVector(itemList[from], onInputs), query),
       exclude == from ? from + 1 : from};
   id = best.index;
   distance = best.distance;
-  EuclideanBlocks<T> blocks(query, metric, best);
-  const int last = std::min(to, items() - 1);
-  for (int i = from + 1; i <= last; ++i) {
-    if (i == exclude) continue;
-    const CVector<T>& vector = searchedVector(itemList[i], onInputs);
-    if (!blocks.take(vector, i)) best.offer(metric.distance(vector, query), i);
-  }
-  blocks.flush();
+  const Search<T> search{itemList, query, metric, onInputs, exclude};
+  search.parallel(from + 1, std::min(to, items() - 1) + 1, best);
   id = best.index;
   distance = best.distance;
 }

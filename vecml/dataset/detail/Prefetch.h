@@ -11,15 +11,19 @@ namespace vecml::detail {
 
 inline constexpr std::intptr_t kCacheLineBytes = 64;
 
-/// Asks the cache for the lines holding the first \p bytes bytes from
-/// \p start, at most \p maxLines of them.
+/// Asks the cache for the lines holding the first min(\p bytes, \p maxLines
+/// * kCacheLineBytes) bytes from \p start: one line more than \p maxLines
+/// when \p start is not on a line boundary.
 inline void prefetchLines(const void* start, std::intptr_t bytes,
                           int maxLines) {
-  const auto* first = static_cast<const char*>(start);
-  const std::intptr_t end = std::min<std::intptr_t>(
-      bytes, static_cast<std::intptr_t>(maxLines) * kCacheLineBytes);
-  for (std::intptr_t offset = 0; offset < end; offset += kCacheLineBytes)
-    __builtin_prefetch(first + offset);
+  const auto from = reinterpret_cast<std::uintptr_t>(start);
+  const std::uintptr_t end =
+      from +
+      std::uintptr_t(std::min<std::intptr_t>(
+          bytes, static_cast<std::intptr_t>(maxLines) * kCacheLineBytes));
+  for (std::uintptr_t line = from & ~std::uintptr_t(kCacheLineBytes - 1);
+       line < end; line += kCacheLineBytes)
+    __builtin_prefetch(reinterpret_cast<const void*>(line));
 }
 
 }  // namespace vecml::detail

@@ -6,6 +6,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -15,6 +16,11 @@ namespace {
 
 // Bytes read from the file, and bytes inflated, per step.
 constexpr std::size_t kChunk = std::size_t(1) << 16;
+// Reads of at least this many bytes are inflated straight into the
+// reader's memory, at most kMaxDirectInflate per step (zlib counts its
+// output space in 32 bits).
+constexpr std::size_t kMinDirectInflate = std::size_t(1) << 12;
+constexpr std::size_t kMaxDirectInflate = std::size_t(1) << 30;
 // zlib's window size with its flag to expect a gzip header and trailer.
 constexpr int kGzipWindowBits = 16 + MAX_WBITS;
 
@@ -118,16 +124,22 @@ std::size_t GzipFileBuffer::nextPlain() {
 }
 
 std::size_t GzipFileBuffer::nextInflated() {
+  const std::size_t got = inflateInto(output.data(), output.size());
+  setg(output.data(), output.data(), output.data() + got);
+  return got;
+}
+
+std::size_t GzipFileBuffer::inflateInto(char* to, std::size_t room) {
   bool inputLeft = true;
   while (true) {
     if (zs->avail_in == 0 && inputLeft) {
       inputLeft = readInput() > 0;
       if (ended) return 0;  // a read error
     }
-    zs->next_out = reinterpret_cast<Bytef*>(output.data());
-    zs->avail_out = static_cast<uInt>(output.size());
+    zs->next_out = reinterpret_cast<Bytef*>(to);
+    zs->avail_out = static_cast<uInt>(room);
     const int status = inflate(zs.get(), Z_NO_FLUSH);
-    const std::size_t got = output.size() - zs->avail_out;
+    const std::size_t got = room - zs->avail_out;
     if (status == Z_STREAM_END) {
       checkNothingFollows();
       ended = true;
@@ -136,11 +148,34 @@ std::size_t GzipFileBuffer::nextInflated() {
     } else if (got == 0 && !inputLeft) {
       return fail(State::broken);  // the file ends inside the member
     }
-    if (got > 0 || ended) {
-      setg(output.data(), output.data(), output.data() + got);
-      return got;
+    if (got > 0 || ended) return got;
+  }
+}
+
+std::streamsize GzipFileBuffer::xsgetn(char* to, std::streamsize wanted) {
+  std::streamsize done = 0;
+  while (done < wanted) {
+    const std::streamsize buffered = egptr() - gptr();
+    if (buffered > 0) {
+      const std::streamsize step = std::min(buffered, wanted - done);
+      std::memcpy(to + done, gptr(), std::size_t(step));
+      gbump(static_cast<int>(step));
+      done += step;
+    } else if (ended) {
+      break;
+    } else if (gzip && std::size_t(wanted - done) >= kMinDirectInflate) {
+      // A long read takes the inflated bytes where they are going, without
+      // a copy through the get area.
+      const std::size_t room =
+          std::min(std::size_t(wanted - done), kMaxDirectInflate);
+      const std::size_t got = inflateInto(to + done, room);
+      if (got == 0) break;
+      done += std::streamsize(got);
+    } else if (traits_type::eq_int_type(underflow(), traits_type::eof())) {
+      break;
     }
   }
+  return done;
 }
 
 void GzipFileBuffer::checkNothingFollows() {

@@ -10,6 +10,8 @@
 #include <streambuf>
 #include <vector>
 
+#include "vecml/core/Export.h"
+
 // zlib's stream state, declared here so that this header needs no zlib.
 struct z_stream_s;
 
@@ -23,8 +25,8 @@ enum class OpenProblem { none, cannotOpen, directory, notRegularFile };
 /// devices, FIFOs and sockets can deliver data without end or never.
 /// \return the descriptor and the file's size in \p size; -1 with the
 ///         reason in \p problem when there is no regular file to read.
-int openRegularFile(const char* name, OpenProblem& problem,
-                    std::uint64_t& size);
+VECML_API int openRegularFile(const char* name, OpenProblem& problem,
+                              std::uint64_t& size);
 
 /// Input stream buffer over an open file descriptor, which it owns and
 /// closes. A file that starts with the gzip magic bytes must hold exactly
@@ -33,7 +35,7 @@ int openRegularFile(const char* name, OpenProblem& problem,
 /// read as it stands. Memory is fixed (two 64 KiB buffers and zlib's
 /// state), and every call does work only in proportion to the bytes it
 /// reads from the file and hands out.
-class GzipFileBuffer : public std::streambuf {
+class VECML_API GzipFileBuffer : public std::streambuf {
  public:
   /// How the data have ended so far; anything but `good` ends the input.
   enum class State {
@@ -53,6 +55,9 @@ class GzipFileBuffer : public std::streambuf {
 
  protected:
   int_type underflow() override;
+  /// Reads up to \p wanted bytes into \p to; long reads of compressed data
+  /// are inflated there directly. \return the number read.
+  std::streamsize xsgetn(char* to, std::streamsize wanted) override;
 
  private:
   // Reads the next bytes of the file into the input buffer.
@@ -63,6 +68,9 @@ class GzipFileBuffer : public std::streambuf {
   // Puts the next bytes into the get area. \return how many; 0 at the end.
   std::size_t nextPlain();
   std::size_t nextInflated();
+  // Inflates the next bytes, at most \p room, into \p to.
+  // \return how many; 0 at the end.
+  std::size_t inflateInto(char* to, std::size_t room);
   // Called at the end of the gzip member: notes any byte after it.
   void checkNothingFollows();
   std::size_t fail(State why);
