@@ -42,9 +42,10 @@ std::vector<int> itemCounts() {
 
 // The indices where a search of items 1 .. n - 1 (all but the starting
 // item) is cut into ranges for some tested thread count, and the indices
-// just before them.
+// just before them; none with one item, where nothing is cut.
 std::vector<int> rangeBoundaries(int n) {
   std::vector<int> indices;
+  if (n < 2) return indices;
   const std::size_t searched = std::size_t(n - 1);
   for (int threads : testedThreadCounts())
     for (int range = 1; range < threads; ++range) {
