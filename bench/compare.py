@@ -98,6 +98,19 @@ def missing(title, target):
     return f"{title:32} {'':>11} {'':>11}  {'(not measured)':30} {'':>6} {target:>7}  -"
 
 
+def print_others(best, run_pass, wanted):
+    """One line per vecml benchmark of the pass that wanted(name) accepts:
+    its time, then each peer's time in the same pass and the ratio."""
+    for pass_name, name in sorted(best):
+        group, impl, size = name.split("/")
+        if pass_name != run_pass or not impl.startswith("vecml") or not wanted(name):
+            continue
+        ours = best[(run_pass, name)][0]
+        peers = [fastest(best, run_pass, group, size, (peer,)) for peer in OTHER_PEERS]
+        extra = "".join(f"  {p[1]} {show_time(p[0]).strip()} ({ours / p[0]:.2f}x)" for p in peers if p)
+        print(f"  {name:36} {show_time(ours)}{extra}")
+
+
 def single_table(best):
     print(f"{'measurement':32} {'vecml':>11} {'peer':>11}  {'peer is':30} {'ratio':>6} {'target':>7}  met")
     met = measured = 0
@@ -114,15 +127,8 @@ def single_table(best):
         print(row(title, ours[0], peer[0], peer[1], ratio, target, ratio <= limit))
     print()
     print("other measurements (no target; vecml time, then each peer's time and vecml / peer)")
-    targeted = {(group, str(size)) for _, group, size, _, _ in SINGLE_TARGETS}
-    for run_pass, name in sorted(best):
-        group, impl, size = name.split("/")
-        if run_pass != "single" or not impl.startswith("vecml") or (group, size) in targeted and impl == "vecml":
-            continue
-        ours = best[(run_pass, name)][0]
-        peers = [fastest(best, "single", group, size, (peer,)) for peer in OTHER_PEERS]
-        extra = "".join(f"  {p[1]} {show_time(p[0]).strip()} ({ours / p[0]:.2f}x)" for p in peers if p)
-        print(f"  {name:36} {show_time(ours)}{extra}")
+    targeted = {f"{group}/vecml/{size}" for _, group, size, _, _ in SINGLE_TARGETS}
+    print_others(best, "single", lambda name: name not in targeted)
     print()
     print(f"targets met: {met} of {measured}")
 
@@ -150,14 +156,7 @@ def parallel_table(best, threads):
         print(row(title, ours[0], other[0], label, value, target, ok))
     print()
     print(f"other measurements on {threads} threads (vecml time, then each peer's time on {threads} threads and vecml / peer)")
-    for run_pass, name in sorted(best):
-        group, impl, size = name.split("/")
-        if run_pass != "all" or impl != "vecml":
-            continue
-        ours = best[(run_pass, name)][0]
-        peers = [fastest(best, "all", group, size, (peer,)) for peer in OTHER_PEERS]
-        extra = "".join(f"  {p[1]} {show_time(p[0]).strip()} ({ours / p[0]:.2f}x)" for p in peers if p)
-        print(f"  {name:36} {show_time(ours)}{extra}")
+    print_others(best, "all", lambda name: name.split("/")[1] == "vecml")
     print()
     print(f"parallel targets met: {met} of {measured}")
 

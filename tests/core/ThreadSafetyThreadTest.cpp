@@ -44,64 +44,67 @@ CMatrix<float> randomMatrix(int rows, int columns, unsigned seed) {
   return m;
 }
 
-// The bytes of what the operations give on one dataset and one pair of
-// matrices: covariance, best match of the first item's input, and the
-// product.
-std::string results(const CDataset<float>& data, const CMatrix<float>& a,
-                    const CMatrix<float>& b) {
-  const CDatasetStatistic<float> statistic;
-  const CMatrix<float> covariance = statistic.covarianceMatrix(data);
-  const CEuclideanMetric<float> metric;
-  const int best = data.getBestMatchIDInput(*data[1].inputVector(), metric);
-  const CMatrix<float> product = a * b;
-  return bytesOf(covariance._data(),
-                 std::size_t(covariance.rows()) * covariance.columns()) +
-         bytesOf(&best, 1) +
-         bytesOf(product._data(),
-                 std::size_t(product.rows()) * product.columns());
+// A dataset and two matrices made from one seed.
+struct Operands {
+  explicit Operands(unsigned seed)
+      : data(randomDataset(300, 40, seed)),
+        a(randomMatrix(70, 90, seed)),
+        b(randomMatrix(90, 50, seed + 10)) {}
+
+  // The bytes of what the operations give on them: covariance, best match
+  // of the second item's input, and the product.
+  std::string results() const {
+    const CDatasetStatistic<float> statistic;
+    const CMatrix<float> covariance = statistic.covarianceMatrix(data);
+    const CEuclideanMetric<float> metric;
+    const int best = data.getBestMatchIDInput(*data[1].inputVector(), metric);
+    const CMatrix<float> product = a * b;
+    return bytesOf(covariance._data(),
+                   std::size_t(covariance.rows()) * covariance.columns()) +
+           bytesOf(&best, 1) +
+           bytesOf(product._data(),
+                   std::size_t(product.rows()) * product.columns());
+  }
+
+  CDataset<float> data;
+  CMatrix<float> a;
+  CMatrix<float> b;
+};
+
+// Runs call(caller) on kCallers threads of its own at once.
+template <typename Call>
+void onCallerThreads(Call call) {
+  std::vector<std::thread> callers;
+  for (int caller = 0; caller < kCallers; ++caller)
+    callers.emplace_back(call, caller);
+  for (std::thread& caller : callers) caller.join();
 }
 
 TEST(ThreadSafetyThreadTest, DistinctObjectsOnDistinctThreads) {
   std::vector<std::string> alone(kCallers);
   for (int caller = 0; caller < kCallers; ++caller)
-    alone[caller] =
-        results(randomDataset(300, 40, caller), randomMatrix(70, 90, caller),
-                randomMatrix(90, 50, caller + 10));
+    alone[caller] = Operands(caller).results();
   std::vector<std::string> together(kCallers);
-  std::vector<std::thread> callers;
-  for (int caller = 0; caller < kCallers; ++caller)
-    callers.emplace_back([&together, caller] {
-      together[caller] =
-          results(randomDataset(300, 40, caller), randomMatrix(70, 90, caller),
-                  randomMatrix(90, 50, caller + 10));
-    });
-  for (std::thread& caller : callers) caller.join();
+  onCallerThreads(
+      [&](int caller) { together[caller] = Operands(caller).results(); });
   EXPECT_EQ(together, alone);
 }
 
 TEST(ThreadSafetyThreadTest, ConstUseOfOneObjectFromSeveralThreads) {
-  const CDataset<float> data = randomDataset(300, 40, 1);
-  const CMatrix<float> a = randomMatrix(70, 90, 2);
-  const CMatrix<float> b = randomMatrix(90, 50, 3);
-  const std::string alone = results(data, a, b);
+  const Operands shared(1);
+  const std::string alone = shared.results();
   std::vector<std::string> together(kCallers);
-  std::vector<std::thread> callers;
-  for (int caller = 0; caller < kCallers; ++caller)
-    callers.emplace_back(
-        [&, caller] { together[caller] = results(data, a, b); });
-  for (std::thread& caller : callers) caller.join();
+  onCallerThreads([&](int caller) { together[caller] = shared.results(); });
   EXPECT_EQ(together, std::vector<std::string>(kCallers, alone));
 }
 
 TEST(ThreadSafetyThreadTest, ConstUseFromTheCallersParallelRegion) {
-  const CDataset<float> data = randomDataset(300, 40, 1);
-  const CMatrix<float> a = randomMatrix(70, 90, 2);
-  const CMatrix<float> b = randomMatrix(90, 50, 3);
-  const std::string alone = results(data, a, b);
+  const Operands shared(1);
+  const std::string alone = shared.results();
   std::vector<std::string> together(kCallers);
 #pragma omp parallel for num_threads(kCallers)
   for (int caller = 0; caller < kCallers; ++caller)
-    together[caller] = results(data, a, b);
+    together[caller] = shared.results();
   EXPECT_EQ(together, std::vector<std::string>(kCallers, alone));
 }
 
