@@ -94,6 +94,12 @@ void checkInputs(const CDataset<T>& data, int d,
   for (int n : items) inputs(n);
 }
 
+/// Operations per item that one thread's share must reach: every thread
+/// walks all the items (and the calling thread checks them first), so a
+/// thread taking only a few features of each item costs more in walking
+/// than it saves.
+inline constexpr double kMinItemWorkPerThread = 64;
+
 /// Calls features(first, last) for contiguous ranges covering the d
 /// features, one per thread, on as many threads as walks over the inputs
 /// of \p items are worth, at \p workPerElement operations per item and
@@ -104,9 +110,11 @@ template <typename T, typename Features>
 void splitFeatures(const CDataset<T>& data, int d,
                    const std::vector<int>& items, Features features,
                    double workPerElement = 1) {
+  const double itemWork = d * workPerElement;
+  const auto shares = static_cast<std::size_t>(
+      std::min<double>(d, itemWork / kMinItemWorkPerThread));
   const int threads =
-      threadsFor(static_cast<double>(items.size()) * d * workPerElement,
-                 static_cast<std::size_t>(d));
+      threadsFor(static_cast<double>(items.size()) * itemWork, shares);
   if (threads <= 1) {
     features(0, d);
     return;
