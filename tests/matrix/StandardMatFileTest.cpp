@@ -11,6 +11,7 @@
 
 #include "matrix/MatrixTestSupport.h"
 #include "support/CaptureOutput.h"
+#include "support/Python.h"
 #include "support/TempFile.h"
 #include "vecml/matrix/CMatrix.h"
 
@@ -366,32 +367,10 @@ TYPED_TEST(StandardMatFileTest, EveryCutOffsetGivesANegativeCode) {
 // ---- exchange with another tool
 // ------------------------------------------------------
 
-constexpr const char* kPython = "/usr/bin/python3";
-
-// Runs \p script with \p argument under the system's python3.
-// \return what it wrote to standard output, or "exit <status>" on failure.
-std::string runPython(const std::string& script, const std::string& argument) {
-  TempFile scriptFile;
-  scriptFile.write(script);
-  const std::string command = std::string(kPython) + " '" + scriptFile.path() +
-                              "' '" + argument + "' 2>&1";
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return "exit: popen failed";
-  std::string output;
-  char buffer[256];
-  while (std::fgets(buffer, sizeof buffer, pipe) != nullptr) output += buffer;
-  const int status = pclose(pipe);
-  return status == 0 ? output : output + "exit " + std::to_string(status);
-}
-
 class StandardMatFileExchange : public testing::Test {
  protected:
   void SetUp() override {
-    const std::string probe =
-        std::string(kPython) + " -c 'import scipy.io' > /dev/null 2>&1";
-    if (std::system(probe.c_str()) != 0)
-      GTEST_SKIP() << "python3-scipy not installed: " << kPython
-                   << " cannot import scipy.io";
+    VECML_REQUIRE_PYTHON_MODULE("scipy.io", "python3-scipy");
   }
 };
 
@@ -437,7 +416,7 @@ TEST_F(StandardMatFileExchange, VecmlFilesLoadWithTheSameValues) {
                   .exportToStandardMatFile(path, "i", true));
   ASSERT_TRUE(CDenseVector<float>(std::vector<float>{0.1f, -3})
                   .exportToStandardMatFile(path, "v", true));
-  const std::string output = runPython(kLoadScript, file.path());
+  const std::string output = runPython(kLoadScript, "'" + file.path() + "'");
   const std::map<std::string, LoadedVariable> loaded = parseLoaded(output);
   ASSERT_EQ(loaded.size(), 3u) << output;
   const LoadedVariable& d = loaded.at("d");
@@ -479,7 +458,7 @@ scipy.io.savemat(sys.argv[1], {
 
 TEST_F(StandardMatFileExchange, SavedFilesLoadInVecml) {
   TempFile file;
-  ASSERT_EQ(runPython(kSaveScript, file.path()), "");
+  ASSERT_EQ(runPython(kSaveScript, "'" + file.path() + "'"), "");
   CMatrix<double> d;
   EXPECT_EQ(importFrom(d, file, "d"), 0);
   expectMatrix<double>(d, 2, 3, {0.1, -2.5, 1e300, 1.0 / 3, 0.0, -1e-300});
