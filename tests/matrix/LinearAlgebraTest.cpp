@@ -3,11 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
+#include <string>
 #include <vector>
 
+#include "matrix/LinearAlgebraTestSupport.h"
 #include "matrix/MatrixTestSupport.h"
 
 namespace {
@@ -24,34 +27,12 @@ T tolerance() {
   return 64 * std::numeric_limits<T>::epsilon();
 }
 
-template <typename T>
-T maxAbs(const CMatrix<T>& m) {
-  T largest = 0;
-  for (int k = 0; k < m.rows() * m.columns(); ++k)
-    largest = std::max(largest, std::fabs(m._data()[k]));
-  return largest;
-}
-
 // Largest |a(i, j) - b(i, j)|. requires: equal shapes.
 template <typename T>
 T maxDifference(const CMatrix<T>& a, const CMatrix<T>& b) {
   EXPECT_EQ(a.rows(), b.rows());
   EXPECT_EQ(a.columns(), b.columns());
   return maxAbs(CMatrix<T>(a - b));
-}
-
-template <typename T>
-CMatrix<T> identity(int n) {
-  CMatrix<T> m(n, n);
-  m.setDiagonal(T(1));
-  return m;
-}
-
-template <typename T>
-CMatrix<T> diagonal(const CDenseVector<T>& values) {
-  CMatrix<T> m(values.dimension(), values.dimension());
-  for (int k = 0; k < values.dimension(); ++k) m(k, k) = values[k];
-  return m;
 }
 
 // a random n x n symmetric matrix, both triangles set.
