@@ -2,9 +2,7 @@
 // Dense linear algebra on CMatrix through the system LAPACK.
 #include "vecml/matrix/LinearAlgebra.h"
 
-#include <climits>
 #include <cmath>
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,6 +12,7 @@
 namespace {
 
 using vecml::detail::Lapack;
+using vecml::detail::lapackWorkspaceSize;
 
 CLinearAlgebraResult failure(LINALG_STATUS status, const char* routine,
                              const std::string& cause) {
@@ -55,18 +54,6 @@ CLinearAlgebraResult checkSquare(const char* routine, const CMatrix<T>& a,
     return failure(LA_NOT_FINITE, routine,
                    "the matrix holds a NaN or infinite element");
   return {};
-}
-
-// Converts the workspace size a LAPACK query reported (as T, which for float
-// may have rounded it down) into a count that is at least as large.
-// \return false when that count does not fit LAPACK's int.
-template <typename T>
-bool workspaceSize(T reported, int& size) {
-  const double padded = std::ceil(static_cast<double>(reported) *
-                                  (1.0 + std::numeric_limits<T>::epsilon()));
-  if (!(padded <= static_cast<double>(INT_MAX))) return false;
-  size = padded < 1.0 ? 1 : static_cast<int>(padded);
-  return true;
 }
 
 CLinearAlgebraResult workspaceTooLarge(const char* routine) {
@@ -146,7 +133,7 @@ CLinearAlgebraResult symmetricEigen(const CMatrix<T>& a,
                      &lwork, iworkspace, &liwork, &info, 1, 1, 1);
   };
   call(&workQuery, &iworkQuery);
-  if (!workspaceSize(workQuery, lwork)) return workspaceTooLarge(routine);
+  if (!lapackWorkspaceSize(workQuery, lwork)) return workspaceTooLarge(routine);
   liwork = iworkQuery < 1 ? 1 : iworkQuery;
   std::vector<T> workspace(static_cast<std::size_t>(lwork));
   std::vector<int> iworkspace(static_cast<std::size_t>(liwork));
@@ -200,7 +187,7 @@ CLinearAlgebraResult svd(const CMatrix<T>& a, CMatrix<T>& u,
                      iworkspace.data(), &info, 1);
   };
   call(&workQuery);
-  if (!workspaceSize(workQuery, lwork)) return workspaceTooLarge(routine);
+  if (!lapackWorkspaceSize(workQuery, lwork)) return workspaceTooLarge(routine);
   std::vector<T> workspace(static_cast<std::size_t>(lwork));
   call(workspace.data());
   if (info != 0)

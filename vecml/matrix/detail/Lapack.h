@@ -4,7 +4,10 @@
 #ifndef VECML_MATRIX_DETAIL_LAPACK_H
 #define VECML_MATRIX_DETAIL_LAPACK_H
 
+#include <climits>
+#include <cmath>
 #include <cstddef>
+#include <limits>
 
 // Fortran passes every argument by address; each CHARACTER argument adds a
 // hidden length argument at the end of the list (a size_t with gfortran 8
@@ -65,6 +68,18 @@ struct Lapack;
 VECML_LAPACK_ROUTINES(float, s)
 VECML_LAPACK_ROUTINES(double, d)
 #undef VECML_LAPACK_ROUTINES
+
+/// Converts the workspace size a LAPACK query reported (as T, which for
+/// float may have rounded it down) into a count at least as large.
+/// \return false when that count does not fit LAPACK's 32-bit int.
+template <typename T>
+bool lapackWorkspaceSize(T reported, int& size) {
+  const double padded = std::ceil(static_cast<double>(reported) *
+                                  (1.0 + std::numeric_limits<T>::epsilon()));
+  if (!(padded <= static_cast<double>(INT_MAX))) return false;
+  size = padded < 1.0 ? 1 : static_cast<int>(padded);
+  return true;
+}
 
 }  // namespace detail
 }  // namespace vecml
