@@ -365,6 +365,38 @@ TYPED_TEST(LinearAlgebraTest, SolveAndInverseOfRandomMatrices) {
   expectMatrix<T>(inverted, 2, 2, {T(0.25), 0, 0, T(-0.5)});
 }
 
+TYPED_TEST(LinearAlgebraTest, OutputsMayBeTheOperands) {
+  using T = TypeParam;
+  const CMatrix<T> a = fromRows<T>(2, 2, {4, 2, 2, 5});
+  CMatrix<T> b = fromRows<T>(2, 1, {8, 9});
+  CMatrix<T> expected;
+  ASSERT_TRUE(solve(a, b, expected));
+  ASSERT_TRUE(solve(a, b, b));
+  EXPECT_EQ(rowsOf(b), rowsOf(expected));
+
+  CMatrix<T> inPlace = a;
+  ASSERT_TRUE(inverse(a, expected));
+  ASSERT_TRUE(inverse(inPlace, inPlace));
+  EXPECT_EQ(rowsOf(inPlace), rowsOf(expected));
+
+  inPlace = a;
+  ASSERT_TRUE(cholesky(a, expected));
+  ASSERT_TRUE(cholesky(inPlace, inPlace));
+  EXPECT_EQ(rowsOf(inPlace), rowsOf(expected));
+
+  inPlace = a;
+  CDenseVector<T> values;
+  ASSERT_TRUE(symmetricEigen(a, values, expected));
+  ASSERT_TRUE(symmetricEigen(inPlace, values, inPlace));
+  EXPECT_EQ(rowsOf(inPlace), rowsOf(expected));
+
+  inPlace = a;
+  CMatrix<T> vt;
+  ASSERT_TRUE(svd(a, expected, values, vt));
+  ASSERT_TRUE(svd(inPlace, inPlace, values, vt));
+  EXPECT_EQ(rowsOf(inPlace), rowsOf(expected));
+}
+
 TYPED_TEST(LinearAlgebraTest, SolveFailuresLeaveOutputsUnchanged) {
   using T = TypeParam;
   Sentinels<T> out;
