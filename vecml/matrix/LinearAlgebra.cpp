@@ -39,15 +39,16 @@ bool isFinite(const CMatrix<T>& m, bool lowerOnly) {
   return true;
 }
 
-// Checks that \p a is a non-empty, square matrix whose read elements (the
-// lower triangle only with lowerOnly) are finite.
+// Checks that \p a is non-empty, square when \p square, and that the
+// elements the routine reads (the lower triangle only with lowerOnly) are
+// finite.
 template <typename T>
-CLinearAlgebraResult checkSquare(const char* routine, const CMatrix<T>& a,
-                                 bool lowerOnly) {
+CLinearAlgebraResult checkMatrix(const char* routine, const CMatrix<T>& a,
+                                 bool square, bool lowerOnly) {
   if (isEmpty(a))
     return failure(LA_INVALID_SHAPE, routine,
                    "the matrix is empty (" + shapeOf(a) + ")");
-  if (a.rows() != a.columns())
+  if (square && a.rows() != a.columns())
     return failure(LA_INVALID_SHAPE, routine,
                    "the matrix is " + shapeOf(a) + ", not square");
   if (!isFinite(a, lowerOnly))
@@ -109,7 +110,8 @@ CLinearAlgebraResult symmetricEigen(const CMatrix<T>& a,
                                     CDenseVector<T>& values,
                                     CMatrix<T>& vectors, EIGEN_ORDER order) {
   const char* const routine = "symmetricEigen";
-  CLinearAlgebraResult checked = checkSquare(routine, a, true);
+  CLinearAlgebraResult checked =
+      checkMatrix(routine, a, /*square=*/true, /*lowerOnly=*/true);
   if (!checked) return checked;
 
   const int n = a.rows();
@@ -163,12 +165,9 @@ template <typename T>
 CLinearAlgebraResult svd(const CMatrix<T>& a, CMatrix<T>& u,
                          CDenseVector<T>& singularValues, CMatrix<T>& vt) {
   const char* const routine = "svd";
-  if (isEmpty(a))
-    return failure(LA_INVALID_SHAPE, routine,
-                   "the matrix is empty (" + shapeOf(a) + ")");
-  if (!isFinite(a, false))
-    return failure(LA_NOT_FINITE, routine,
-                   "the matrix holds a NaN or infinite element");
+  CLinearAlgebraResult checked =
+      checkMatrix(routine, a, /*square=*/false, /*lowerOnly=*/false);
+  if (!checked) return checked;
 
   const int m = a.rows();
   const int n = a.columns();
@@ -204,7 +203,8 @@ CLinearAlgebraResult svd(const CMatrix<T>& a, CMatrix<T>& u,
 template <typename T>
 CLinearAlgebraResult cholesky(const CMatrix<T>& a, CMatrix<T>& lower) {
   const char* const routine = "cholesky";
-  CLinearAlgebraResult checked = checkSquare(routine, a, true);
+  CLinearAlgebraResult checked =
+      checkMatrix(routine, a, /*square=*/true, /*lowerOnly=*/true);
   if (!checked) return checked;
 
   const int n = a.rows();
@@ -226,7 +226,8 @@ template <typename T>
 CLinearAlgebraResult solve(const CMatrix<T>& a, const CMatrix<T>& b,
                            CMatrix<T>& x) {
   const char* const routine = "solve";
-  CLinearAlgebraResult checked = checkSquare(routine, a, false);
+  CLinearAlgebraResult checked =
+      checkMatrix(routine, a, /*square=*/true, /*lowerOnly=*/false);
   if (!checked) return checked;
   if (isEmpty(b) || b.rows() != a.rows())
     return failure(LA_INVALID_SHAPE, routine,
@@ -242,7 +243,8 @@ CLinearAlgebraResult solve(const CMatrix<T>& a, const CMatrix<T>& b,
 template <typename T>
 CLinearAlgebraResult inverse(const CMatrix<T>& a, CMatrix<T>& result) {
   const char* const routine = "inverse";
-  CLinearAlgebraResult checked = checkSquare(routine, a, false);
+  CLinearAlgebraResult checked =
+      checkMatrix(routine, a, /*square=*/true, /*lowerOnly=*/false);
   if (!checked) return checked;
   CMatrix<T> identity(a.rows(), a.rows());
   identity.setDiagonal(T(1));
