@@ -33,11 +33,23 @@ bool factoryProducesADenseVector() {
   return made != nullptr && made->className() == "CDenseVector";
 }
 
+// libvecml.so brings its own LAPACK: the consumer links nothing more.
+bool linearAlgebraRuns() {
+  CMatrix<double> a(2, 2);
+  a(0, 0) = 4;
+  a(1, 0) = 2;
+  a(1, 1) = 5;
+  CMatrix<double> lower;
+  return cholesky(a, lower).ok() && lower(0, 0) == 2 && lower(1, 0) == 1 &&
+         lower(1, 1) == 2 && lower(0, 1) == 0;
+}
+
 }  // namespace
 
 int main() {
   const bool ok = objectModelWorks() && factoryProducesADenseVector() &&
-                  versionHeaderMatchesThePackage() && oldIncludePathsWork();
+                  versionHeaderMatchesThePackage() && oldIncludePathsWork() &&
+                  linearAlgebraRuns();
   std::cout << (ok ? "consumer: ok" : "consumer: FAILED") << std::endl;
   return ok ? 0 : 1;
 }

@@ -154,12 +154,15 @@ class VECML_API CMatrix : public CObject<T> {
   void replicateMatrix(int m, int n, const CMatrix<T>& block);
 
   /// Placeholder: \return a copy of this matrix, unchanged.
+  /// For the inverse, see inverse() in LinearAlgebra.h.
   CMatrix<T> invert() const;
   /// Placeholder: computes nothing and touches no argument. \return false.
+  /// For eigenvalues, see symmetricEigen() in LinearAlgebra.h.
   bool eig(CDenseVector<T>& values, CMatrix<T>& vectors, int count,
            TMatrixType type);
   /// Placeholder: leaves \p lower, \p upper and \p permutation exactly as
   /// passed. \return true.
+  /// To solve with an LU factorization, see solve() in LinearAlgebra.h.
   bool calcLUFactorization(CMatrix<T>& lower, CMatrix<T>& upper,
                            CDenseVector<int>& permutation) const;
   /// Sign times the product of U(k, k) for k below rows(), from the
