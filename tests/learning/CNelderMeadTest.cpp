@@ -216,6 +216,8 @@ TYPED_TEST(CNelderMeadTest, AnEmptyPositionConvergesAtOnce) {
   EXPECT_EQ(search.optimize(10), T(5));
   EXPECT_EQ(search.evaluations(), 1);
   EXPECT_EQ(search.position().dimension(), 0);
+  EXPECT_FALSE(search.step());
+  EXPECT_EQ(search.evaluations(), 1);
 }
 
 TYPED_TEST(CNelderMeadTest, NoStepsEvaluatesThePositionOnly) {

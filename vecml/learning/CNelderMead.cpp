@@ -111,8 +111,11 @@ bool CNelderMead<T>::positionIsBestVertex() const {
   if (vertices.empty()) return false;
   const CDenseVector<T>& best = vertices.front();
   const CDenseVector<T>& x = this->position();
+  // Bitwise, so that a NaN coordinate still matches itself; an empty vector
+  // may have no element array to compare.
   return x.dimension() == best.dimension() &&
-         std::memcmp(x._data(), best._data(), sizeof(T) * x.dimension()) == 0;
+         (x.dimension() == 0 ||
+          std::memcmp(x._data(), best._data(), sizeof(T) * x.dimension()) == 0);
 }
 
 template <typename T>
