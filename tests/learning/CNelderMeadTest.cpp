@@ -82,6 +82,15 @@ TYPED_TEST(CNelderMeadTest, BuildsTheInitialSimplexAlongEachAxisAndSortsIt) {
   EXPECT_EQ(search.position()[0], T(2));
 }
 
+TYPED_TEST(CNelderMeadTest, ConvergingAtOnceLeavesTheBestInitialVertex) {
+  using T = TypeParam;
+  CPlaneProblem<T> search(T(1), T(1));
+  search.setPosition(vec<T>({T(-2), T(0)}));
+  EXPECT_FALSE(search.step());
+  EXPECT_EQ(search.position()[0], (T(1) + T(0.05)) * T(-2));
+  EXPECT_EQ(search.position()[1], T(0));
+}
+
 TYPED_TEST(CNelderMeadTest, InitialStepsAreSettable) {
   using T = TypeParam;
   CPlaneProblem<T> search(T(10), T(10));

@@ -78,7 +78,10 @@ class VECML_API CNelderMead : public COptimizer<T> {
   /// when position() is no longer the simplex's best vertex (the caller
   /// moved it), then tests for convergence and, unless converged, takes one
   /// step as described in the class comment.
-  /// \return false when converged (nothing moved); true after a step.
+  /// \return false when converged: no step was taken, and position() is
+  ///         left alone unless this call built the simplex and one of its
+  ///         new vertices is better than the start (position() is always
+  ///         the best vertex); true after a step.
   bool step() override;
   /// Starts a new simplex around position() and steps until convergence or
   /// \p maxSteps steps; position() is the best vertex found.
