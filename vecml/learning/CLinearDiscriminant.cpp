@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "vecml/core/Macros.h"
+#include "vecml/core/detail/BinaryIO.h"
 #include "vecml/learning/detail/CentredScatter.h"
 #include "vecml/matrix/LinearAlgebra.h"
 
@@ -15,6 +17,12 @@ using vecml::detail::groupSums;
 using vecml::detail::inputsHaveDimension;
 using vecml::detail::leadingColumns;
 using vecml::detail::LearnedDirections;
+using vecml::detail::loadElements;
+using vecml::detail::readElements;
+using vecml::detail::readValue;
+using vecml::detail::storeElements;
+using vecml::detail::writeElements;
+using vecml::detail::writeValue;
 
 namespace {
 
@@ -171,6 +179,63 @@ template <typename T>
 CDenseVector<T> CLinearDiscriminant<T>::reconstruct(
     const CVector<T>& coordinates) const {
   return learned.reconstruct(coordinates);
+}
+
+template <typename T>
+bool CLinearDiscriminant<T>::adopt(int newRequested, int newClassCount,
+                                   const LearnedDirections<T>& newLearned,
+                                   const std::vector<T>& newValues) {
+  const int k = newLearned.directions();
+  const bool countsFit = k == 0 ? newClassCount == 0 : newClassCount > k;
+  if (newRequested < 0 || (k > 0 && newRequested != 0 && newRequested != k) ||
+      !countsFit || static_cast<int>(newValues.size()) != k)
+    return false;
+  for (T value : newValues)
+    if (!std::isfinite(value)) return false;
+  requested = newRequested;
+  classCount = newClassCount;
+  learned = newLearned;
+  values = CDenseVector<T>(k, newValues.data());
+  this->setDirections(k);
+  return true;
+}
+
+template <typename T>
+bool CLinearDiscriminant<T>::serialize(std::fstream& stream, IO_MODE mode) {
+  if (!CProjection<T>::serialize(stream, mode)) return false;
+  if (mode != IO_READ) {
+    writeValue(stream, static_cast<std::int32_t>(requested));
+    writeValue(stream, static_cast<std::int32_t>(classCount));
+    learned.write(stream);
+    writeElements(stream, values._data(), values.dimension());
+    return stream.good();
+  }
+  std::int32_t newRequested = -1, newClassCount = -1;
+  LearnedDirections<T> newLearned;
+  std::vector<T> newValues;
+  return readValue(stream, newRequested) && readValue(stream, newClassCount) &&
+         newLearned.read(stream) &&
+         readElements(stream, newLearned.directions(), newValues) &&
+         adopt(newRequested, newClassCount, newLearned, newValues) &&
+         stream.good();
+}
+
+template <typename T>
+bool CLinearDiscriminant<T>::serialize2(CArchiv& archive) {
+  if (!archive.isLoading()) {
+    archive.write(requested);
+    archive.write(classCount);
+    learned.store(archive);
+    storeElements(archive, values);
+    return true;
+  }
+  int newRequested = -1, newClassCount = -1;
+  archive.read(newRequested);
+  archive.read(newClassCount);
+  LearnedDirections<T> newLearned;
+  return newLearned.load(archive) &&
+         adopt(newRequested, newClassCount, newLearned,
+               loadElements<T>(archive, newLearned.directions()));
 }
 
 VECML_FOR_FLOATING_TYPES(VECML_LINEAR_DISCRIMINANT_INSTANTIATIONS, template)

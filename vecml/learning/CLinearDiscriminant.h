@@ -4,8 +4,11 @@
 #ifndef VECML_LEARNING_CLINEARDISCRIMINANT_H
 #define VECML_LEARNING_CLINEARDISCRIMINANT_H
 
+#include <fstream>
 #include <string>
+#include <vector>
 
+#include "vecml/core/CArchiv.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/core/detail/Instantiation.h"
@@ -52,6 +55,18 @@
 /// projection is c, so reconstruct(project(x)) is m plus the orthogonal
 /// projection of x - m onto that span. Both form their sums in double.
 ///
+/// Saved forms. serialize(stream, mode) writes (any mode but IO_READ) or
+/// reads (IO_READ), after CObject's part (empty): the requested count, the
+/// class count, d and k as host-order 4-byte ints, then as raw elements of
+/// T the mean (d), the directions V and the reconstruction map
+/// V (V^T V)^-1 (d x k each, column-major) and the k eigenvalues. An
+/// untrained object stores zero counts and no elements. serialize2(archive)
+/// asks isLoading() and then hands the same values in the same order to
+/// the archive's write(int&) and write operation for T (or reads them).
+/// Reading validates the record (shapes, a requested count of 0 or k, more
+/// classes than directions, finite elements) and returns false, leaving
+/// the object unchanged, when it is cut or inconsistent.
+///
 /// \code
 ///   CLinearDiscriminant<double> lda;  // C - 1 directions
 ///   if (lda.train(labelled))
@@ -81,6 +96,15 @@ class VECML_API CLinearDiscriminant : public CProjection<T> {
   /// requires: a successful train() and directions() coordinates.
   CDenseVector<T> reconstruct(const CVector<T>& coordinates) const override;
 
+  /// Writes or reads the learned state (see the class comment).
+  /// \return true when the whole record was written or read and the
+  ///         stream is good; false on a cut or inconsistent record, which
+  ///         leaves the object unchanged.
+  bool serialize(std::fstream& stream, IO_MODE mode) override;
+  /// Stores or loads the learned state through \p archive.
+  /// \return true, or false for an inconsistent record (object unchanged).
+  bool serialize2(CArchiv& archive) override;
+
   /// \return the number of directions asked for (0: min(C - 1, d)).
   int requestedDirections() const { return requested; }
   /// \return the number of classes found by the last successful train().
@@ -94,6 +118,12 @@ class VECML_API CLinearDiscriminant : public CProjection<T> {
   const CDenseVector<T>& eigenvalues() const { return values; }
 
  private:
+  // Takes a read record's values. \return false, changing nothing, when
+  // they are inconsistent.
+  bool adopt(int newRequested, int newClassCount,
+             const vecml::detail::LearnedDirections<T>& newLearned,
+             const std::vector<T>& newValues);
+
   int requested;
   int classCount = 0;
   vecml::detail::LearnedDirections<T> learned;

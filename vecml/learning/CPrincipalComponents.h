@@ -4,8 +4,11 @@
 #ifndef VECML_LEARNING_CPRINCIPALCOMPONENTS_H
 #define VECML_LEARNING_CPRINCIPALCOMPONENTS_H
 
+#include <fstream>
 #include <string>
+#include <vector>
 
+#include "vecml/core/CArchiv.h"
 #include "vecml/core/Export.h"
 #include "vecml/core/Forward.h"
 #include "vecml/core/detail/Instantiation.h"
@@ -45,6 +48,18 @@
 /// reconstruct(project(x)) is the part of x within the components, plus m.
 /// Both form their sums in double over increasing indices.
 ///
+/// Saved forms. serialize(stream, mode) writes (any mode but IO_READ) or
+/// reads (IO_READ), after CObject's part (empty): the requested count and
+/// d and k as host-order 4-byte ints, then as raw elements of T the mean
+/// (d), the components (d x k, column-major) twice (as the forward and the
+/// backward map of the projection), the k variances and the k ratios. An
+/// untrained object stores d = k = 0 and no elements. serialize2(archive)
+/// asks isLoading() and then hands the same values in the same order to
+/// the archive's write(int&) and write operation for T (or reads them).
+/// Reading validates the record (shapes, a requested count of 0 or k,
+/// finite elements, variances >= 0, ratios in [0, 1] or NaN) and returns
+/// false, leaving the object unchanged, when it is cut or inconsistent.
+///
 /// Threads: the sums and the covariance are split over the library's
 /// threads by features and by columns; every element keeps the serial item
 /// order, so the results are the same bits on any thread count.
@@ -79,6 +94,15 @@ class VECML_API CPrincipalComponents : public CProjection<T> {
   /// requires: a successful train() and directions() coordinates.
   CDenseVector<T> reconstruct(const CVector<T>& coordinates) const override;
 
+  /// Writes or reads the learned state (see the class comment).
+  /// \return true when the whole record was written or read and the
+  ///         stream is good; false on a cut or inconsistent record, which
+  ///         leaves the object unchanged.
+  bool serialize(std::fstream& stream, IO_MODE mode) override;
+  /// Stores or loads the learned state through \p archive.
+  /// \return true, or false for an inconsistent record (object unchanged).
+  bool serialize2(CArchiv& archive) override;
+
   /// \return the number of components asked for (0: min(n, d)).
   int requestedComponents() const { return requested; }
   /// \return the mean of the training inputs (empty before training).
@@ -91,6 +115,12 @@ class VECML_API CPrincipalComponents : public CProjection<T> {
   const CDenseVector<T>& explainedVarianceRatio() const { return ratio; }
 
  private:
+  // Takes a read record's values. \return false, changing nothing, when
+  // they are inconsistent.
+  bool adopt(int newRequested,
+             const vecml::detail::LearnedDirections<T>& newLearned,
+             const std::vector<T>& newVariance, const std::vector<T>& newRatio);
+
   int requested;
   vecml::detail::LearnedDirections<T> learned;
   CDenseVector<T> variance;

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "vecml/learning/detail/LearnedDirections.h"
 
+#include <climits>
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 #include "vecml/core/Macros.h"
+#include "vecml/core/detail/BinaryIO.h"
 
 namespace vecml::detail {
 
@@ -19,7 +23,58 @@ CMatrix<T> narrowed(const CMatrix<double>& m) {
   return result;
 }
 
+// Whether a record's shape is one a training can leave: both d and k 0, or
+// 0 < k <= d with d * k in the int range.
+bool consistentShape(std::int32_t d, std::int32_t k) {
+  if (d == 0 || k == 0) return d == 0 && k == 0;
+  return d > 0 && k > 0 && k <= d &&
+         static_cast<std::int64_t>(d) * k <= INT_MAX;
+}
+
+template <typename T>
+bool allFinite(const std::vector<T>& values) {
+  for (T value : values)
+    if (!std::isfinite(value)) return false;
+  return true;
+}
+
+template <typename T>
+CDenseVector<T> vectorOf(const std::vector<T>& values) {
+  return CDenseVector<T>(static_cast<int>(values.size()), values.data());
+}
+
+// The d x k matrix of the column-major `values`.
+template <typename T>
+CMatrix<T> matrixOf(const std::vector<T>& values, int d, int k) {
+  CMatrix<T> m(d, k);
+  if (!values.empty()) m.setData(values.data(), true);
+  return m;
+}
+
 }  // namespace
+
+template <typename T>
+bool readElements(std::istream& stream, int count, std::vector<T>& out) {
+  constexpr std::int32_t tag =
+      sizeof(T) == sizeof(float) ? DT_FLOAT : DT_DOUBLE;
+  return readConvertedElements(stream, tag, count, out);
+}
+
+template <typename T>
+std::vector<T> loadElements(CArchiv& archive, int count) {
+  std::vector<T> values;
+  for (int e = 0; e < count; ++e) {
+    T value;
+    archive.read(value);
+    values.push_back(value);
+  }
+  return values;
+}
+
+template <typename T>
+void storeElements(CArchiv& archive, const CDenseVector<T>& v) {
+  for (int e = 0; e < v.dimension(); ++e) archive.write(v._data()[e]);
+}
 
 template <typename T>
 LearnedDirections<T>::LearnedDirections(const std::vector<double>& centre,
@@ -67,6 +122,64 @@ CDenseVector<T> LearnedDirections<T>::reconstruct(
     point[i] = static_cast<T>(static_cast<double>(centreVector[i]) + sum);
   }
   return point;
+}
+
+template <typename T>
+void LearnedDirections<T>::write(std::ostream& stream) const {
+  const std::int32_t d = centreVector.dimension(), k = directions();
+  writeValue(stream, d);
+  writeValue(stream, k);
+  writeElements(stream, centreVector._data(), d);
+  writeElements(stream, forwardMap._data(), d * k);
+  writeElements(stream, backwardMap._data(), d * k);
+}
+
+template <typename T>
+bool LearnedDirections<T>::read(std::istream& stream) {
+  std::int32_t d = -1, k = -1;
+  std::vector<T> centre, forward, backward;
+  if (!readValue(stream, d) || !readValue(stream, k) ||
+      !consistentShape(d, k) || !readElements(stream, d, centre) ||
+      !readElements(stream, d * k, forward) ||
+      !readElements(stream, d * k, backward))
+    return false;
+  return adopt(centre, forward, backward);
+}
+
+template <typename T>
+void LearnedDirections<T>::store(CArchiv& archive) const {
+  int d = centreVector.dimension(), k = directions();
+  archive.write(d);
+  archive.write(k);
+  storeElements(archive, centreVector);
+  for (const CMatrix<T>* m : {&forwardMap, &backwardMap})
+    for (int e = 0; e < d * k; ++e) archive.write(m->_data()[e]);
+}
+
+template <typename T>
+bool LearnedDirections<T>::load(CArchiv& archive) {
+  int d = -1, k = -1;
+  archive.read(d);
+  archive.read(k);
+  if (!consistentShape(d, k)) return false;
+  const std::vector<T> centre = loadElements<T>(archive, d);
+  const std::vector<T> forward = loadElements<T>(archive, d * k);
+  const std::vector<T> backward = loadElements<T>(archive, d * k);
+  return adopt(centre, forward, backward);
+}
+
+template <typename T>
+bool LearnedDirections<T>::adopt(const std::vector<T>& centre,
+                                 const std::vector<T>& forward,
+                                 const std::vector<T>& backward) {
+  if (!allFinite(centre) || !allFinite(forward) || !allFinite(backward))
+    return false;
+  const int d = static_cast<int>(centre.size());
+  const int k = d == 0 ? 0 : static_cast<int>(forward.size()) / d;
+  centreVector = vectorOf(centre);
+  forwardMap = matrixOf(forward, d, k);
+  backwardMap = matrixOf(backward, d, k);
+  return true;
 }
 
 CMatrix<double> leadingColumns(const CMatrix<double>& m, int k) {
