@@ -169,6 +169,14 @@ TYPED_TEST(CPrincipalComponentsTest, RefusesMoreComponentsThanItemsOrFeatures) {
       unlabelled<T>({{1, 2, 3, 4}, {0, 1, 0, 1}})));
 }
 
+TEST(CPrincipalComponentsFloatTest, RefusesVariancesBeyondFloat) {
+  CPrincipalComponents<float> pca;
+  EXPECT_FALSE(pca.train(unlabelled<float>({{1e30f, 0}, {-1e30f, 1}})));
+  EXPECT_EQ(pca.directions(), 0);
+  CPrincipalComponents<double> wide;
+  EXPECT_TRUE(wide.train(unlabelled<double>({{1e30, 0}, {-1e30, 1}})));
+}
+
 template <typename T>
 class CPrincipalComponentsDeathTest : public testing::Test {};
 TYPED_TEST_SUITE(CPrincipalComponentsDeathTest, ElementTypes);

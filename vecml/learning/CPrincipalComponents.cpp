@@ -81,6 +81,7 @@ bool CPrincipalComponents<T>::train(const CDataset<T>& samples) {
     const double value = std::max(eigenvalues[j], 0.0);
     newVariance[j] = static_cast<T>(value);
     newRatio[j] = static_cast<T>(value / total);
+    if (!std::isfinite(newVariance[j])) return false;
   }
   learned = LearnedDirections<T>(mean, components, components);
   variance = newVariance;

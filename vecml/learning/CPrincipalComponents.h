@@ -42,7 +42,7 @@
 /// the object as it was, when the dataset has fewer than two items, its
 /// inputs differ in dimension or have dimension 0, k exceeds min(n, d), or
 /// the covariance has non-finite elements (NaN or infinite inputs) or has
-/// no eigen-decomposition.
+/// no eigen-decomposition, or a variance overflows T.
 ///
 /// project(x) = components^T (x - m); reconstruct(c) = m + components c:
 /// reconstruct(project(x)) is the part of x within the components, plus m.
