@@ -41,5 +41,9 @@ template <typename T>
 class VECML_API CProjection;
 template <typename T>
 class VECML_API CClusterAlgorithm;
+template <typename T>
+class VECML_API CPrincipalComponents;
+template <typename T>
+class VECML_API CLinearDiscriminant;
 
 #endif
