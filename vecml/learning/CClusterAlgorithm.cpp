@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "vecml/learning/CClusterAlgorithm.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+
+#include "vecml/core/detail/Parallel.h"
 
 template <typename T>
 CClusterAlgorithm<T>::CClusterAlgorithm(CMetric<T>* metric)
@@ -59,6 +62,47 @@ T CClusterAlgorithm<T>::rmse(const CDataset<T>& data) const {
     sum += distance * distance;
   }
   return std::sqrt(sum / count);
+}
+
+namespace {
+
+// Calls body(j, input of item j) for every item of data, the items split into
+// contiguous ranges over the library's threads. One search costs about one
+// element operation per prototype element.
+template <typename T, typename Body>
+void forEveryInput(const CDataset<T>& data, const CDataset<T>& references,
+                   Body&& body) {
+  const double perItem =
+      std::max(1.0, double(references.items()) *
+                        double(std::max(data.inputDimension(), 1)));
+  vecml::detail::parallelFor(std::size_t(data.items()), perItem,
+                             [&](std::size_t begin, std::size_t end) {
+                               for (std::size_t j = begin; j < end; ++j)
+                                 body(j, *data.item(int(j)).inputVector());
+                             });
+}
+
+}  // namespace
+
+template <typename T>
+std::vector<int> CClusterAlgorithm<T>::assignments(
+    const CDataset<T>& data) const {
+  std::vector<int> nodes(std::size_t(data.items()));
+  forEveryInput(data, references, [&](std::size_t j, const CVector<T>& x) {
+    nodes[j] = nearestNode(x);
+  });
+  return nodes;
+}
+
+template <typename T>
+T CClusterAlgorithm<T>::quantizationError(const CDataset<T>& data) const {
+  std::vector<T> distances(std::size_t(data.items()));
+  forEveryInput(data, references, [&](std::size_t j, const CVector<T>& x) {
+    distances[j] = nearestNodeDistance(x);
+  });
+  double sum = 0.0;
+  for (const T distance : distances) sum += double(distance) * double(distance);
+  return static_cast<T>(sum / double(data.items()));
 }
 
 VECML_FOR_FLOATING_TYPES(VECML_CLUSTER_ALGORITHM_INSTANTIATIONS, template)
