@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "learning/CClusterAlgorithmTestSupport.h"
+#include "vecml/vector/CSparseVector.h"
 
 namespace {
 
@@ -92,6 +93,53 @@ TYPED_TEST(CClusterAlgorithmAssignmentTest, NaNInputGivesANaNError) {
   // A NaN distance never replaces the first one: prototype 0 keeps it.
   EXPECT_EQ(this->algorithm.assignments(this->data).back(), 0);
   EXPECT_TRUE(std::isnan(this->algorithm.quantizationError(this->data)));
+}
+
+}  // namespace
+
+namespace {
+
+// Prototypes (2, b) and (2, 0) for the sample (0, 0): b^2 is one unit in
+// the last place of 4, so the squared distances differ by one unit while
+// their roots round to the same 2.
+template <typename T>
+std::vector<int> assignedWithRootTie(CMetric<T>* metric) {
+  const T b = std::sqrt(std::nextafter(T(4), T(8)) - T(4));
+  CFixedPrototypes<T> algorithm(metric);
+  addPrototypes<T>(algorithm, {{2, b}, {2, 0}});
+  CDataset<T> data;
+  data.appendItem(itemOf<T>({0, 0}));
+  const std::vector<int> nodes = algorithm.assignments(data);
+  EXPECT_EQ(nodes.front(), algorithm.nearestNode(*data[0].inputVector()));
+  return nodes;
+}
+
+TYPED_TEST(CClusterAlgorithmAssignmentTest, RootedTieKeepsTheLowerPrototype) {
+  using T = TypeParam;
+  EXPECT_THAT(assignedWithRootTie<T>(new CEuclideanMetric<T>()),
+              ElementsAre(0));
+  EXPECT_THAT(assignedWithRootTie<T>(new CEuclideanMetric2<T>()),
+              ElementsAre(1));
+}
+
+TYPED_TEST(CClusterAlgorithmAssignmentTest, OtherInputsAndMetricsAgree) {
+  using T = TypeParam;
+  // A sparse input, an input of another dimension and a metric derived
+  // from the Euclidean one are all searched as nearestNode() searches.
+  const CSparseVector<T> sparse(denseOf<T>({9, 0}));
+  this->data.appendItem(CDatasetItem<T>(sparse, CDenseVector<T>(1, T(0))));
+  this->data.appendItem(itemOf<T>({9, 0, 1}));
+  bool destroyed = false;
+  for (CMetric<T>* metric :
+       {static_cast<CMetric<T>*>(new CWatchedMetric<T>(&destroyed)),
+        static_cast<CMetric<T>*>(new CManhattenMetric<T>()),
+        static_cast<CMetric<T>*>(new CEuclideanMetric2<T>())}) {
+    this->algorithm.setMetric(metric);
+    const std::vector<int> nodes = this->algorithm.assignments(this->data);
+    for (int j = 0; j < this->data.items(); ++j)
+      EXPECT_EQ(nodes[std::size_t(j)],
+                this->algorithm.nearestNode(*this->data[j].inputVector()));
+  }
 }
 
 }  // namespace
