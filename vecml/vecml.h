@@ -20,6 +20,7 @@
 #include "vecml/dataset/CDatasetStatistic.h"
 #include "vecml/kernel/CKernel.h"
 #include "vecml/learning/CClusterAlgorithm.h"
+#include "vecml/learning/CKMeans.h"
 #include "vecml/learning/CLearnRate.h"
 #include "vecml/learning/COptimizer.h"
 #include "vecml/learning/CProjection.h"
