@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // k-means against scikit-learn's Lloyd k-means on the shipped data sets:
 // from the same initial centres (vecml's k-means++ choice, moved a little),
-// both run to
-// convergence and must assign every item alike and agree on the inertia.
+// both run to convergence and must assign every item alike, take as many
+// iterations and agree on the inertia.
 #include <gtest/gtest.h>
 
 #include <cmath>
