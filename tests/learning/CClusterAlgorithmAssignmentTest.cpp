@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
 #include <vector>
 
 #include "learning/CClusterAlgorithmTestSupport.h"
@@ -140,6 +141,47 @@ TYPED_TEST(CClusterAlgorithmAssignmentTest, OtherInputsAndMetricsAgree) {
       EXPECT_EQ(nodes[std::size_t(j)],
                 this->algorithm.nearestNode(*this->data[j].inputVector()));
   }
+}
+
+}  // namespace
+
+namespace {
+
+// Random dense prototypes and items of several dimensions and counts, with
+// repeated prototypes: the dense path finds every item's nearestNode().
+TYPED_TEST(CClusterAlgorithmAssignmentTest, DensePathAgreesOnAwkwardSizes) {
+  using T = TypeParam;
+  std::mt19937 engine(3);
+  std::uniform_int_distribution<int> grid(-4, 4);
+  const auto randomItem = [&](int dimension) {
+    CDenseVector<T> input(dimension);
+    // Few distinct values, so that equal distances are common.
+    for (T& element : input) element = T(grid(engine)) / T(4);
+    return CDatasetItem<T>(input, CDenseVector<T>(1, T(0)));
+  };
+  for (const int dimension : {1, 3, 8, 17})
+    for (const int prototypes : {1, 5, 32, 33, 64}) {
+      CDataset<T> data;
+      for (int j = 0; j < 100; ++j) data.appendItem(randomItem(dimension));
+      for (CMetric<T>* metric :
+           {static_cast<CMetric<T>*>(new CEuclideanMetric<T>()),
+            static_cast<CMetric<T>*>(new CEuclideanMetric2<T>())}) {
+        CFixedPrototypes<T> algorithm(metric);
+        CDataset<T>& references = algorithm.referenceVectors();
+        for (int p = 0; p < prototypes; ++p) {
+          // Every seventh prototype repeats the first.
+          const CDatasetItem<T> prototype =
+              p % 7 == 6 ? references[0] : randomItem(dimension);
+          references.appendItem(prototype);
+        }
+        const std::vector<int> nodes = algorithm.assignments(data);
+        for (int j = 0; j < data.items(); ++j)
+          ASSERT_EQ(nodes[std::size_t(j)],
+                    algorithm.nearestNode(*data[j].inputVector()))
+              << "dimension " << dimension << ", " << prototypes
+              << " prototypes, item " << j;
+      }
+    }
 }
 
 }  // namespace

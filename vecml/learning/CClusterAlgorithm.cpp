@@ -76,7 +76,7 @@ double searchWork(const CDataset<T>& data, const CDataset<T>& references) {
 
 }  // namespace
 
-// Dense inputs under a Euclidean metric are measured by the block kernel
+// Dense inputs under a Euclidean metric are measured by a centre-lane kernel
 // without a virtual call per pair; it finds what nearestNode() finds, which
 // still serves every other input.
 template <typename T>

@@ -42,10 +42,11 @@ class RandomSource;
 /// Training stops early after the iteration whose assignment equals the one
 /// before it (the centres then no longer move); iterations() counts the
 /// iterations run, that last one included. The mean of a centre is summed in
-/// double: items in order within blocks of kMeanBlock items, the blocks'
-/// sums then in block order, divided by the count in double and rounded to
-/// T once; the blocks do not depend on the thread count, so neither does
-/// any bit of the result.
+/// double: the items are cut into B = min(64, max(1, n / kMeanBlock))
+/// equal contiguous blocks (n the item count, / rounding down), each block
+/// summed in item order, the block sums added in block order; the sum is
+/// divided by the count in double and rounded to T once. The blocks depend
+/// on n only, so the thread count changes no bit of the result.
 ///
 /// Online training (trainOnline()): seeds when there are no centres, then
 /// for each epoch visits the items in a random order (a Fisher-Yates shuffle
@@ -69,7 +70,7 @@ class VECML_API CKMeans : public CClusterAlgorithm<T> {
  public:
   /// The seed used when none is given.
   static constexpr std::uint64_t kDefaultSeed = 5489;
-  /// Items per block of the centre sums.
+  /// Least items per block of the centre sums (see the class comment).
   static constexpr int kMeanBlock = 4096;
 
   /// k = \p clusters centres under \p metric (owned), seeded by \p seed; no

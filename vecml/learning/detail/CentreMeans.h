@@ -14,14 +14,18 @@
 
 namespace vecml::detail {
 
-/// Sums the inputs of the items of each cluster in double: within a block
-/// of blockItems consecutive items in item order, then the block sums in
-/// block order. Blocks are summed a wave at a time, one block per thread,
-/// and each wave is added to the totals in block order, so the wave size
-/// (the thread count) never changes a bit.
+/// Sums the inputs of the items of each cluster in double: the items are
+/// cut into blocks (as many as there are whole multiples of blockItems, at
+/// least one and at most kMaxBlocks, equal and contiguous), each block is
+/// summed in item order, and the block sums are then added in block order.
+/// The cut depends on the item count only, and the blocks are shared out
+/// over threads whole, so the thread count never changes a bit.
 template <typename T>
 class CentreMeans {
  public:
+  /// Most blocks: bounds the memory of the block sums.
+  static constexpr int kMaxBlocks = 64;
+
   /// \p nodes[j] is the cluster (0 .. clusters - 1) of item j of \p data,
   /// whose inputs have \p dimension elements.
   CentreMeans(const CDataset<T>& data, const std::vector<int>& nodes,
@@ -30,27 +34,22 @@ class CentreMeans {
         nodes(nodes),
         dimension(std::size_t(dimension)),
         cells(std::size_t(clusters) * std::size_t(dimension)),
-        blockItems(std::size_t(blockItems)),
         sums(cells, 0.0),
         counts(std::size_t(clusters), 0) {
     const std::size_t items = nodes.size();
-    const std::size_t blocks =
-        (items + this->blockItems - 1) / this->blockItems;
-    const double blockWork = double(this->blockItems) * double(dimension + 1);
-    const std::size_t wave = std::size_t(
-        std::max(1, threadsFor(double(blocks) * blockWork, blocks)));
-    std::vector<double> partialSums(wave * cells);
-    std::vector<long long> partialCounts(wave * counts.size());
-    for (std::size_t first = 0; first < blocks; first += wave) {
-      const std::size_t inWave = std::min(wave, blocks - first);
-      parallelFor(inWave, blockWork, [&](std::size_t begin, std::size_t end) {
-        for (std::size_t b = begin; b < end; ++b)
-          sumBlock(first + b, partialSums.data() + b * cells,
-                   partialCounts.data() + b * counts.size());
-      });
-      for (std::size_t b = 0; b < inWave; ++b)
-        addBlock(b, partialSums, partialCounts);
-    }
+    blocks = int(std::clamp<std::size_t>(items / std::size_t(blockItems), 1,
+                                         kMaxBlocks));
+    std::vector<double> blockSums(std::size_t(blocks) * cells);
+    std::vector<long long> blockCounts(std::size_t(blocks) * counts.size());
+    const double blockWork = double(items) / blocks * double(dimension + 1);
+    parallelFor(std::size_t(blocks), blockWork,
+                [&](std::size_t begin, std::size_t end) {
+                  for (std::size_t b = begin; b < end; ++b)
+                    sumBlock(int(b), blockSums.data() + b * cells,
+                             blockCounts.data() + b * counts.size());
+                });
+    for (std::size_t b = 0; b < std::size_t(blocks); ++b)
+      addBlock(b, blockSums, blockCounts);
   }
 
   /// \return the number of items in cluster \p c.
@@ -63,12 +62,12 @@ class CentreMeans {
   }
 
  private:
-  void sumBlock(std::size_t block, double* blockSums,
-                long long* blockCounts) const {
+  void sumBlock(int block, double* blockSums, long long* blockCounts) const {
     std::fill(blockSums, blockSums + cells, 0.0);
     std::fill(blockCounts, blockCounts + counts.size(), 0);
-    const std::size_t end = std::min(nodes.size(), (block + 1) * blockItems);
-    for (std::size_t j = block * blockItems; j < end; ++j) {
+    const std::size_t end = blockStart(nodes.size(), block + 1, blocks);
+    for (std::size_t j = blockStart(nodes.size(), block, blocks); j < end;
+         ++j) {
       const std::size_t c = std::size_t(nodes[j]);
       const CVector<T>& input = *data[int(j)].inputVector();
       const CDenseVector<T>* dense = exactlyDense(input);
@@ -91,7 +90,7 @@ class CentreMeans {
   const std::vector<int>& nodes;
   std::size_t dimension;
   std::size_t cells;
-  std::size_t blockItems;
+  int blocks = 1;
   std::vector<double> sums;
   std::vector<long long> counts;
 };
