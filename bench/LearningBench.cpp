@@ -4,14 +4,15 @@
 // sklearn_peers.py times scikit-learn's Lloyd k-means on the same data,
 // which both sides generate from one formula, and the same centres.
 //
-// With VECML_BENCH_KMEANS_LABELS set, the benchmark writes the final
-// assignment there (one cluster per line), so that the peer script can
-// check that both sides found the same clusters.
+// With VECML_BENCH_KMEANS_LABELS set, the benchmark writes its final
+// assignment and centres next to it, for the peer script's check.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <string>
 #include <vector>
 
 #include "vecml/dataset/CDataset.h"
@@ -58,11 +59,24 @@ const KMeansInput& kmeansInput() {
   return input;
 }
 
-void writeLabels(const CKMeans<float>& kmeans, const CDataset<float>& data) {
+// Writes the final assignment to VECML_BENCH_KMEANS_LABELS and the final
+// centres (comma-separated hexadecimal floats) to the same name with
+// ".centres" appended.
+void writeResult(const CKMeans<float>& kmeans, const CDataset<float>& data) {
   const char* path = std::getenv("VECML_BENCH_KMEANS_LABELS");
   if (path == nullptr) return;
-  std::ofstream out(path);
-  for (const int label : kmeans.assignments(data)) out << label << '\n';
+  std::ofstream labels(path);
+  for (const int label : kmeans.assignments(data)) labels << label << '\n';
+  std::ofstream centres(std::string(path) + ".centres");
+  char text[32];
+  for (int c = 0; c < kmeans.referenceVectors().items(); ++c) {
+    const CVector<float>& centre = *kmeans.referenceVectors()[c].inputVector();
+    for (int i = 0; i < centre.dimension(); ++i) {
+      std::snprintf(text, sizeof text, "%a", double(centre[i]));
+      centres << (i == 0 ? "" : ",") << text;
+    }
+    centres << '\n';
+  }
 }
 
 void kmeansVecml(benchmark::State& state) {
@@ -74,7 +88,7 @@ void kmeansVecml(benchmark::State& state) {
       state.SkipWithError("trainBatch");
   }
   state.counters["lloyd_iterations"] = kmeans.iterations();
-  writeLabels(kmeans, input.data);
+  writeResult(kmeans, input.data);
 }
 
 [[maybe_unused]] const bool registered = [] {
