@@ -23,11 +23,13 @@ class CKMeansThreadTest : public testing::Test {
 using ElementTypes = testing::Types<float, double>;
 TYPED_TEST_SUITE(CKMeansThreadTest, ElementTypes);
 
-// The bytes of the centres and the assignment after `train` ran on `kmeans`.
-template <typename T, typename Train>
-std::string resultBytes(CKMeans<T>& kmeans, const CDataset<T>& data,
-                        Train train) {
-  train(kmeans);
+// The bytes of the centres and the assignment after seeding and `epochs`
+// Lloyd iterations under `metric`.
+template <typename T>
+std::string lloydBytes(const CDataset<T>& data, CMetric<T>* metric,
+                       int epochs) {
+  CKMeans<T> kmeans(6, metric, 3);
+  kmeans.trainBatch(data, epochs);
   std::string bytes;
   for (const std::vector<T>& centre : centresOf(kmeans))
     bytes += bytesOf(centre.data(), centre.size());
@@ -36,20 +38,14 @@ std::string resultBytes(CKMeans<T>& kmeans, const CDataset<T>& data,
 }
 
 TYPED_TEST(CKMeansThreadTest, SeededLloydMatchesOneThread) {
-  using T = TypeParam;
   expectSameBytesOnEveryThreadCount([&] {
-    CKMeans<T> kmeans(6, new CEuclideanMetric<T>(), 3);
-    return resultBytes(kmeans, this->data,
-                       [&](CKMeans<T>& k) { k.trainBatch(this->data, 4); });
+    return lloydBytes(this->data, new CEuclideanMetric<TypeParam>(), 4);
   });
 }
 
 TYPED_TEST(CKMeansThreadTest, SquaredMetricLloydMatchesOneThread) {
-  using T = TypeParam;
   expectSameBytesOnEveryThreadCount([&] {
-    CKMeans<T> kmeans(6, new CEuclideanMetric2<T>(), 4);
-    return resultBytes(kmeans, this->data,
-                       [&](CKMeans<T>& k) { k.trainBatch(this->data, 3); });
+    return lloydBytes(this->data, new CEuclideanMetric2<TypeParam>(), 3);
   });
 }
 

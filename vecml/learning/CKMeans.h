@@ -31,26 +31,31 @@ class RandomSource;
 ///   2. each further centre: with w_j the square of the smallest metric
 ///      distance from a chosen centre to item j (in double; a NaN weight
 ///      counts as 0), r = uniform() * (sum of w_j in double, item order), and
-///      the centre is the first item whose running sum of w_j exceeds r; when
-///      the sum is 0 or not finite, item index(n) instead.
-///   The same data and seed always give the same centres.
+///      the centre is the first item whose running sum of w_j exceeds r (the
+///      last item of positive weight should rounding leave the sum at r);
+///      when the sum is 0 or not finite, item index(n) instead.
+///   Every call starts a fresh generator, so the same data and seed always
+///   give the same centres.
 ///
 /// Batch training (trainBatch(), also train()): seeds when there are no
-/// centres, then runs at most \p epochs Lloyd iterations: every item is
+/// centres, then runs at most \p epochs Lloyd iterations (none for
+/// epochs <= 0): every item is
 /// assigned to its nearest centre (assignments()), and every centre becomes
 /// the mean of its items' inputs. A centre without items keeps its place.
 /// Training stops early after the iteration whose assignment equals the one
 /// before it (the centres then no longer move); iterations() counts the
 /// iterations run, that last one included. The mean of a centre is summed in
 /// double: the items are cut into B = min(64, max(1, n / kMeanBlock))
-/// equal contiguous blocks (n the item count, / rounding down), each block
-/// summed in item order, the block sums added in block order; the sum is
+/// contiguous blocks (n the item count, / rounding down; block b holds the
+/// items from b * n / B up to (b + 1) * n / B), each block summed in item
+/// order, the block sums added in block order; the sum is
 /// divided by the count in double and rounded to T once. The blocks depend
 /// on n only, so the thread count changes no bit of the result.
 ///
 /// Online training (trainOnline()): seeds when there are no centres, then
-/// for each epoch visits the items in a random order (a Fisher-Yates shuffle
-/// drawn from the same generator after the seeding draws) and moves the
+/// for each epoch visits the items in a random order (a Fisher-Yates shuffle:
+/// for i = n - 1 down to 1, swap positions i and index(i + 1), drawn from
+/// the call's fresh generator after any seeding draws) and moves the
 /// nearest centre towards the item with the metric's adaptVec, the rate
 /// being rate.rate(t) for the t-th visit of the call (t from 0).
 ///
