@@ -128,7 +128,9 @@ class VECML_API CKMeans : public CClusterAlgorithm<T> {
   ///         is good; false otherwise, the object then unchanged.
   bool serialize(std::fstream& stream, IO_MODE mode) override;
   /// Archive form: clusters, iterations and seed (as unsigned long), then
-  /// the centres as one whole object. \return true.
+  /// the centres as one whole object, each followed by a separator when
+  /// storing. \return true; false (nothing changed) when a loaded record
+  ///         fails the checks of the stream form.
   bool serialize2(CArchiv& archive) override;
 
  private:
