@@ -130,4 +130,19 @@ TYPED_TEST(CKMeansSerializeTest, ArchiveFormRoundTrips) {
   this->expectSameAsTrained(loaded);
 }
 
+TYPED_TEST(CKMeansSerializeTest, InconsistentArchiveRecordFails) {
+  using T = TypeParam;
+  // Three centres stored for two clusters.
+  CKMeans<T> odd(2);
+  for (const auto& centre : {T(1), T(2), T(3)})
+    odd.referenceVectors().appendItem(
+        CDatasetItem<T>(CDenseVector<T>(1, centre), CDenseVector<T>(1, T(0))));
+  MemoryArchive archive;
+  odd.serialize2(archive);
+  archive.loading = true;
+  EXPECT_FALSE(this->trained.serialize2(archive));
+  EXPECT_EQ(this->trained.clusters(), 3);
+  EXPECT_EQ(this->trained.referenceVectors().items(), 3);
+}
+
 }  // namespace
