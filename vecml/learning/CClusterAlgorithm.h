@@ -96,10 +96,12 @@ class VECML_API CClusterAlgorithm : public CObject<T> {
   T rmse(const CDataset<T>& data) const;
   /// \return nearestNode() of every item's input vector of \p data, in item
   ///         order; empty for an empty \p data. Long datasets are split into
-  ///         contiguous ranges of items over the library's threads; each
-  ///         item is still searched by nearestNode(), so the result is the
-  ///         same for every thread count. requires: at least one prototype
-  ///         (with none, every entry is -1).
+  ///         contiguous ranges of items over the library's threads, and
+  ///         dense inputs under CEuclideanMetric or CEuclideanMetric2 are
+  ///         measured against all prototypes at once with the metric's own
+  ///         distance bits and tie rule; every entry is what nearestNode()
+  ///         gives, for every thread count. requires: at least one
+  ///         prototype (with none, every entry is -1).
   std::vector<int> assignments(const CDataset<T>& data) const;
   /// \return the mean over the items of \p data of m^2, m being the item
   ///         input's nearestNodeDistance(): each m is squared in double, the
