@@ -28,6 +28,17 @@ SINGLE_TARGETS = (
        ("covariance float 100k x 64", "covariance_float", 64, ("openblas",), 3.0),
        ("covariance double 100k x 64", "covariance_double", 64, ("openblas",), 1.5)])
 
+# Rows against scikit-learn, timed by bench/sklearn_peers.py, in both tables:
+# (title, group, size, limit): vecml / scikit-learn <= limit, both on one
+# thread and both on all cores. A row needs the vecml benchmark
+# "<group>/vecml/<size>" and the peer "<group>/sklearn/<size>" in
+# sklearn_peers.py; e.g. ("PCA 100k x 64", "pca_float", 100000, 1.5).
+SKLEARN_TARGETS = (
+    ("k-means 100k x 16 k=64", "kmeans_float", 100000, 1.0),
+)
+SINGLE_TARGETS += tuple((title, group, size, ("sklearn",), limit)
+                        for title, group, size, limit in SKLEARN_TARGETS)
+
 # All threads: (title, kind, group, size, reference, limit). Kinds:
 #   peer     vecml on all threads / the reference on all threads <= limit
 #   serial   vecml on all threads / the reference on one thread <= limit
@@ -42,10 +53,12 @@ PARALLEL_TARGETS = (
     + [(f"covariance {t} 100k x 64", "speedup", f"covariance_{t}", 64, "vecml", 1.7)
        for t in ("float", "double")]
     + [("statistics 100k x 64", "speedup", "statistic_float", 64, "vecml", 1.7),
-       ("dataset read 1M x 16", "serial", "dataset_read", 1000000, "gzread", 1.1)])
+       ("dataset read 1M x 16", "serial", "dataset_read", 1000000, "gzread", 1.1)]
+    + [(title, "peer", group, size, "sklearn", limit)
+       for title, group, size, limit in SKLEARN_TARGETS])
 
 # Peers shown beside measurements without a target.
-OTHER_PEERS = ("hand", "hand_omp", "gzread", "openblas", "eigen")
+OTHER_PEERS = ("hand", "hand_omp", "gzread", "openblas", "eigen", "sklearn")
 
 
 def load(directory):

@@ -3,6 +3,8 @@
 # ratios, each with its targets: every library on one thread (ending with
 # "targets met: X of Y"), then every library on all cores (ending with
 # "parallel targets met: X of Y"). The tables are made by bench/compare.py.
+# The scikit-learn peers run from bench/sklearn_peers.py when python3-sklearn
+# is installed; without it their rows show as not measured.
 #
 # Usage: bench/compare.sh [vecml_bench arguments...]
 #   VECML_BENCH_BUILD_DIR: build directory (default: build-bench)
@@ -33,7 +35,7 @@ results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
 
 # The benchmarks of the all-cores table.
-parallel='^(matmul_(float|double)/(vecml|openblas|eigen)/1024|bestmatch_float/(vecml|hand_omp|eigen)/|covariance_(float|double)/(vecml|openblas|eigen)/|statistic_float/|dataset_read/(vecml|gzread)/)'
+parallel='^(matmul_(float|double)/(vecml|openblas|eigen)/1024|bestmatch_float/(vecml|hand_omp|eigen)/|covariance_(float|double)/(vecml|openblas|eigen)/|statistic_float/|dataset_read/(vecml|gzread)/|kmeans_float/vecml/)'
 
 # run <pass> <label> <threads> <filter> [vecml_bench arguments...]: one run
 # of the program into <pass>-<label>.json; a run that fails is reported and
@@ -66,7 +68,26 @@ run_all() {
   done
 }
 
+# vecml's k-means benchmark leaves its clusters here for the peer's check.
+export VECML_BENCH_KMEANS_LABELS=$results/kmeans-labels.txt
+
 run_all single 1 '.*' "$@"
 run_all all "$threads" "$parallel" "$@"
+
+# peers <pass> <threads>: the scikit-learn peers (bench/sklearn_peers.py)
+# into <pass>-sklearn.json; without scikit-learn, or when they fail, their
+# rows stay unmeasured.
+peers() {
+  if ! /usr/bin/python3 -c 'import sklearn, threadpoolctl' 2>/dev/null; then
+    echo "== skipped: scikit-learn peers (python3-sklearn not installed)" >&2
+    return 0
+  fi
+  OMP_NUM_THREADS=$2 OPENBLAS_NUM_THREADS=$2 MKL_NUM_THREADS=$2 \
+    /usr/bin/python3 bench/sklearn_peers.py "$1" "$results" "$repetitions" \
+    "$VECML_BENCH_KMEANS_LABELS" ||
+    echo "== skipped: the $1 scikit-learn peers failed" >&2
+}
+peers single 1
+peers all "$threads"
 
 REPETITIONS=$repetitions THREADS=$threads python3 bench/compare.py "$results"

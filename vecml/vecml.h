@@ -21,6 +21,7 @@
 #include "vecml/kernel/CKernel.h"
 #include "vecml/learning/CClusterAlgorithm.h"
 #include "vecml/learning/CGradientDescent.h"
+#include "vecml/learning/CKMeans.h"
 #include "vecml/learning/CLearnRate.h"
 #include "vecml/learning/CLinearDiscriminant.h"
 #include "vecml/learning/CNearestNeighbours.h"
