@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "vecml/learning/CClusterAlgorithm.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+
+#include "vecml/core/detail/Parallel.h"
+#include "vecml/learning/detail/DenseNearestCentre.h"
 
 template <typename T>
 CClusterAlgorithm<T>::CClusterAlgorithm(CMetric<T>* metric)
@@ -59,6 +63,52 @@ T CClusterAlgorithm<T>::rmse(const CDataset<T>& data) const {
     sum += distance * distance;
   }
   return std::sqrt(sum / count);
+}
+
+namespace {
+
+// Element operations of one nearest-prototype search among the prototypes.
+template <typename T>
+double searchWork(const CDataset<T>& data, const CDataset<T>& references) {
+  return std::max(1.0, double(references.items()) *
+                           double(std::max(data.inputDimension(), 1)));
+}
+
+}  // namespace
+
+// Dense inputs under a Euclidean metric are measured by the block kernel
+// without a virtual call per pair; it finds what nearestNode() finds, which
+// still serves every other input.
+template <typename T>
+std::vector<int> CClusterAlgorithm<T>::assignments(
+    const CDataset<T>& data) const {
+  std::vector<int> nodes(std::size_t(data.items()));
+  const vecml::detail::DenseNearestCentre<T> dense(references, *distanceMetric);
+  const auto assignRange = [&](std::size_t begin, std::size_t end) {
+    std::vector<T> sums(dense.bufferSize());
+    for (std::size_t j = begin; j < end; ++j) {
+      const CVector<T>& x = *data.item(int(j)).inputVector();
+      const int node = dense.nearest(x, sums.data());
+      nodes[j] = node >= 0 ? node : nearestNode(x);
+    }
+  };
+  vecml::detail::parallelFor(nodes.size(), searchWork(data, references),
+                             assignRange);
+  return nodes;
+}
+
+template <typename T>
+T CClusterAlgorithm<T>::quantizationError(const CDataset<T>& data) const {
+  std::vector<T> distances(std::size_t(data.items()));
+  vecml::detail::parallelFor(
+      distances.size(), searchWork(data, references),
+      [&](std::size_t begin, std::size_t end) {
+        for (std::size_t j = begin; j < end; ++j)
+          distances[j] = nearestNodeDistance(*data.item(int(j)).inputVector());
+      });
+  double sum = 0.0;
+  for (const T distance : distances) sum += double(distance) * double(distance);
+  return static_cast<T>(sum / double(data.items()));
 }
 
 VECML_FOR_FLOATING_TYPES(VECML_CLUSTER_ALGORITHM_INSTANTIATIONS, template)

@@ -6,6 +6,7 @@
 #define VECML_LEARNING_CCLUSTERALGORITHM_H
 
 #include <fstream>
+#include <vector>
 
 #include "vecml/core/CObject.h"
 #include "vecml/core/Export.h"
@@ -38,6 +39,7 @@
 ///   quantiser.referenceVectors().appendItem(data.getRandomItem());
 ///   quantiser.train(data, 10);
 ///   float error = quantiser.rmse(data);
+///   std::vector<int> winners = quantiser.assignments(data);
 /// \endcode
 template <typename T>
 class VECML_API CClusterAlgorithm : public CObject<T> {
@@ -92,6 +94,23 @@ class VECML_API CClusterAlgorithm : public CObject<T> {
   ///         0/0, i.e. NaN. requires: at least one prototype (with none,
   ///         NaN).
   T rmse(const CDataset<T>& data) const;
+  /// \return nearestNode() of every item's input vector of \p data, in item
+  ///         order; empty for an empty \p data. Long datasets are split into
+  ///         contiguous ranges of items over the library's threads; each
+  ///         item is still searched by nearestNode(), so the result is the
+  ///         same for every thread count. requires: at least one prototype
+  ///         (with none, every entry is -1).
+  std::vector<int> assignments(const CDataset<T>& data) const;
+  /// \return the mean over the items of \p data of m^2, m being the item
+  ///         input's nearestNodeDistance(): each m is squared in double, the
+  ///         squares are summed in double in item order, the sum is divided
+  ///         by items() in double and the quotient converted to T. As in
+  ///         rmse(), a squared metric's distances are squared again. An
+  ///         empty \p data gives NaN (0/0), as rmse() does; with no
+  ///         prototype the result is NaN. The distances are found on the
+  ///         library's threads, the sum is serial, so every thread count
+  ///         gives the same bits.
+  T quantizationError(const CDataset<T>& data) const;
 
   /// The training step every concrete algorithm supplies: runs \p epochs
   /// passes over \p data, moving the prototypes (for instance with the
