@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <deque>
 #include <fstream>
 #include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "support/MemoryArchive.h"
 #include "support/RecordingArchive.h"
 #include "support/TempFile.h"
 
@@ -56,50 +56,6 @@ class CQuadraticDescent : public COptimizer<T> {
   std::vector<T> centre;
   T curvature;
   T stepSize;
-};
-
-// An archive that keeps written values in memory and hands them back when
-// loading; whole objects are stored through their own serialize2.
-class MemoryArchive : public CArchiv {
- public:
-  bool loading = false;
-  int separators = 0;
-
-  bool isLoading() override { return loading; }
-  void writeSeparator() override { ++separators; }
-  void readSeparator() override {}
-
-#define VECML_TEST_SCALAR_(Type)                        \
-  void write(Type& v) override { values.push_back(v); } \
-  void read(Type& v) override {                         \
-    v = static_cast<Type>(values.front());              \
-    values.pop_front();                                 \
-  }
-  VECML_TEST_SCALAR_(float)
-  VECML_TEST_SCALAR_(double)
-  VECML_TEST_SCALAR_(unsigned int)
-  VECML_TEST_SCALAR_(int)
-  VECML_TEST_SCALAR_(short)
-  VECML_TEST_SCALAR_(unsigned long)
-  VECML_TEST_SCALAR_(long)
-  VECML_TEST_SCALAR_(char)
-  VECML_TEST_SCALAR_(unsigned char)
-  VECML_TEST_SCALAR_(unsigned short)
-  VECML_TEST_SCALAR_(bool)
-#undef VECML_TEST_SCALAR_
-
-  void write(std::string&) override {}
-  void read(std::string&) override {}
-  void write(CObject<int>& object) override { object.serialize2(*this); }
-  void write(CObject<float>& object) override { object.serialize2(*this); }
-  void write(CObject<double>& object) override { object.serialize2(*this); }
-  void read(CObject<int>& object) override { object.serialize2(*this); }
-  void read(CObject<float>& object) override { object.serialize2(*this); }
-  void read(CObject<double>& object) override { object.serialize2(*this); }
-
- private:
-  // double holds every value these tests store exactly.
-  std::deque<double> values;
 };
 
 template <typename T>
