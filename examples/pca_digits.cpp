@@ -81,7 +81,7 @@ bool writeScatterPlot(const std::string& fileName,
 
 int main(int argc, char** argv) {
   // 1. Read the digits: 64 pixel counts in, the digit 0..9 out.
-  const char* dataFile = argc > 1 ? argv[1] : VECML_PCA_DIGITS_DATA;
+  const char* dataFile = argc > 1 ? argv[1] : VECML_EXAMPLE_DATA;
   CDataset<float> digits;
   std::string error;
   if (!digits.read(dataFile, error)) {

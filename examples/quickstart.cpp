@@ -91,7 +91,7 @@ int main() {
   //    with the reader that checks the file instead of trusting it.
   CDataset<float> flowers;
   std::string error;
-  if (!flowers.read(VECML_QUICKSTART_DATA, error)) {
+  if (!flowers.read(VECML_EXAMPLE_DATA, error)) {
     std::cerr << error << '\n';
     return EXIT_FAILURE;
   }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // An archive that keeps written values and texts in memory and hands them
-// back in order when loading; whole objects go through their own
-// serialize2, so objects round-trip through it.
+// back in the same order when loading; whole objects are stored through
+// their own serialize2. Separators are counted when storing and not read.
 #ifndef VECML_TESTS_SUPPORT_MEMORYARCHIVE_H
 #define VECML_TESTS_SUPPORT_MEMORYARCHIVE_H
 
@@ -9,6 +9,7 @@
 #include <string>
 
 #include "vecml/core/CArchiv.h"
+#include "vecml/core/CObject.h"
 
 class MemoryArchive : public CArchiv {
  public:
@@ -38,9 +39,9 @@ class MemoryArchive : public CArchiv {
   VECML_TEST_SCALAR_(bool)
 #undef VECML_TEST_SCALAR_
 
-  void write(std::string& v) override { texts.push_back(v); }
-  void read(std::string& v) override {
-    v = texts.front();
+  void write(std::string& text) override { texts.push_back(text); }
+  void read(std::string& text) override {
+    text = texts.front();
     texts.pop_front();
   }
   void write(CObject<int>& object) override { object.serialize2(*this); }
