@@ -4,8 +4,9 @@
 include(${CMAKE_CURRENT_LIST_DIR}/ExampleChecks.cmake)
 run_example(${PROGRAM} ${WORK_DIR} output)
 expect_texts("the output of quickstart" "${output}"
-  " Dataset statistic for input vectors: " "epoch 10  rmse ")
-foreach(result_file quickstart-prototypes.gz quickstart.svg)
+  " Dataset statistic for input vectors: " "k-means: "
+  "cluster  setosa  versicolor  virginica")
+foreach(result_file quickstart-centres.gz quickstart.svg)
   if(NOT EXISTS ${WORK_DIR}/${result_file})
     message(FATAL_ERROR "quickstart did not write ${result_file}")
   endif()

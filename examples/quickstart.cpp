@@ -1,49 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Quick start: read the iris flowers, standardise them, print their
-// statistics, learn a few prototypes by online vector quantisation, save the
-// prototypes and draw what was learned as an SVG scatter plot.
+// statistics, group them with k-means, report how the groups match the
+// species, save the centres and draw what was learned as an SVG scatter
+// plot.
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "vecml/vecml.h"
 
 namespace {
-
-// Online vector quantisation: every sample pulls its nearest prototype a
-// step towards itself; the step shrinks linearly over the whole training.
-class COnlineQuantiser : public CClusterAlgorithm<float> {
- public:
-  // Starts from `count` items of `data` drawn at random; each prototype's
-  // output is its number.
-  COnlineQuantiser(const CDataset<float>& data, int count)
-      : CClusterAlgorithm<float>(new CEuclideanMetric<float>()) {
-    for (int k = 0; k < count; ++k) {
-      const CVector<float>& start = *data.getRandomItem().inputVector();
-      referenceVectors().appendItem(
-          CDatasetItem<float>(start, CDenseVector<float>(1, float(k)), k));
-    }
-  }
-
-  std::string className() const override { return "COnlineQuantiser"; }
-
-  void train(const CDataset<float>& data, int epochs) override {
-    CLinearRate<float> schedule(0.03f, 0.001f, epochs * data.items());
-    std::printf("epoch  0  rmse %.4f\n", rmse(data));
-    for (int epoch = 1; epoch <= epochs; ++epoch) {
-      for (int step = 0; step < data.items(); ++step) {
-        const CVector<float>& sample = *data.getRandomItem().inputVector();
-        CDatasetItem<float>& winner = referenceVectors()[nearestNode(sample)];
-        metric()->adaptVec(*winner.inputVector(), sample, schedule.iterate());
-      }
-      std::printf("epoch %2d  rmse %.4f  (learning rate %.3f)\n", epoch,
-                  rmse(data), schedule.currentRate());
-    }
-  }
-};
 
 // Writes an SVG scatter plot of input features `x` and `y`: one dot per item,
 // coloured by its class (output element 0), and a ring per prototype.
@@ -86,12 +56,14 @@ bool writeScatterPlot(const std::string& fileName, const std::string& title,
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
   // 1. Read the iris flowers (4 measurements in, the species 0, 1, 2 out)
-  //    with the reader that checks the file instead of trusting it.
+  //    with the reader that checks the file instead of trusting it; the
+  //    shipped file unless another is named.
   CDataset<float> flowers;
   std::string error;
-  if (!flowers.read(VECML_EXAMPLE_DATA, error)) {
+  const char* dataFile = argc > 1 ? argv[1] : VECML_EXAMPLE_DATA;
+  if (!flowers.read(dataFile, error)) {
     std::cerr << error << '\n';
     return EXIT_FAILURE;
   }
@@ -104,27 +76,38 @@ int main() {
   CDatasetStatistic<float> statistic(&standardised);
   statistic.dumpStatistic();
 
-  // 4. Learn six prototypes; a fixed seed makes every run the same.
-  std::srand(3);
-  COnlineQuantiser quantiser(standardised, 6);
-  quantiser.train(standardised, 10);
+  // 4. Group the flowers around three centres (k-means++ seeding from a
+  //    fixed seed, then Lloyd iterations until nothing moves), and count
+  //    how the groups meet the species.
+  CKMeans<float> kmeans(3);
+  kmeans.trainBatch(standardised, 100);
+  std::printf("\nk-means: %d iterations, rmse %.4f, inertia %.2f\n",
+              kmeans.iterations(), kmeans.rmse(standardised),
+              kmeans.inertia(standardised));
+  const std::vector<int> cluster = kmeans.assignments(standardised);
+  int count[3][3] = {};
+  for (int i = 0; i < standardised.items(); ++i)
+    ++count[cluster[i]][int(standardised[i].outputComponent(0))];
+  std::printf("cluster  setosa  versicolor  virginica\n");
+  for (int k = 0; k < 3; ++k)
+    std::printf("%7d  %6d  %10d  %9d\n", k, count[k][0], count[k][1],
+                count[k][2]);
 
-  // 5. Save the prototypes as a dataset file and draw petal length against
-  //    petal width (features 2 and 3) with the prototypes on top.
-  const std::string prototypeFile = "quickstart-prototypes.gz";
+  // 5. Save the centres as a dataset file and draw petal length against
+  //    petal width (features 2 and 3) with the centres on top.
+  const std::string centreFile = "quickstart-centres.gz";
   const std::string plotFile = "quickstart.svg";
-  if (!quantiser.referenceVectors().write(prototypeFile.c_str()) ||
+  if (!kmeans.referenceVectors().write(centreFile.c_str()) ||
       !writeScatterPlot(plotFile,
                         "iris: petal length (x) and width (y) as z-scores; "
-                        "rings: prototypes",
-                        standardised, quantiser.referenceVectors(), 2, 3)) {
+                        "rings: k-means centres",
+                        standardised, kmeans.referenceVectors(), 2, 3)) {
     std::cerr << "cannot write the result files\n";
     return EXIT_FAILURE;
   }
 
-  std::cout << "\nprototypes: "
-            << std::filesystem::absolute(prototypeFile).string()
-            << "\nplot:       " << std::filesystem::absolute(plotFile).string()
+  std::cout << "\ncentres: " << std::filesystem::absolute(centreFile).string()
+            << "\nplot:    " << std::filesystem::absolute(plotFile).string()
             << '\n';
   return EXIT_SUCCESS;
 }
