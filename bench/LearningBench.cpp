@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Speed of Lloyd k-means: 100,000 float items of 16 features, 64 clusters,
-// 20 iterations from fixed centres (the first 64 items). bench/
-// sklearn_peers.py times scikit-learn's Lloyd k-means on the same data,
-// which both sides generate from one formula, and the same centres.
+// Speed of the learning algorithms against scikit-learn: Lloyd k-means on
+// 100,000 float items of 16 features, 64 clusters, 20 iterations from fixed
+// centres (the first 64 items); principal components of 100,000 float items
+// of 64 features. bench/sklearn_peers.py times scikit-learn on the same
+// data, which both sides generate from one formula, and the same centres.
 //
 // With VECML_BENCH_KMEANS_LABELS set, the benchmark writes its final
 // assignment and centres next to it, for the peer script's check.
@@ -18,6 +19,7 @@
 #include "vecml/dataset/CDataset.h"
 #include "vecml/dataset/CDatasetItem.h"
 #include "vecml/learning/CKMeans.h"
+#include "vecml/learning/CPrincipalComponents.h"
 #include "vecml/vector/CDenseVector.h"
 
 namespace {
@@ -37,26 +39,39 @@ float dataElement(std::uint64_t n) {
   return float(double(z >> 11) * 0x1.0p-53 * 2.0 - 1.0);
 }
 
-struct KMeansInput {
-  CDataset<float> data{kItems};
-  CDataset<float> centres;
-
-  KMeansInput() {
-    CDenseVector<float> input(kFeatures);
-    const CDenseVector<float> output(1);
-    for (int j = 0; j < kItems; ++j) {
-      for (int i = 0; i < kFeatures; ++i)
-        input[i] = dataElement(std::uint64_t(j) * kFeatures + std::uint64_t(i));
-      data.appendItem(CDatasetItem<float>(input, output));
-      if (j < kClusters) centres.appendItem(CDatasetItem<float>(input, output));
-    }
+// The first \p items items of \p features features of the row-major data.
+CDataset<float> benchData(int items, int features) {
+  CDataset<float> data(items);
+  CDenseVector<float> input(features);
+  const CDenseVector<float> output(1);
+  for (int j = 0; j < items; ++j) {
+    for (int i = 0; i < features; ++i)
+      input[i] = dataElement(std::uint64_t(j) * features + std::uint64_t(i));
+    data.appendItem(CDatasetItem<float>(input, output));
   }
+  return data;
+}
+
+struct KMeansInput {
+  CDataset<float> data = benchData(kItems, kFeatures);
+  CDataset<float> centres = benchData(kClusters, kFeatures);
 };
 
 // Built once, outside every timing loop.
 const KMeansInput& kmeansInput() {
   static const KMeansInput input;
   return input;
+}
+
+constexpr int kPcaFeatures = 64;
+
+void pcaVecml(benchmark::State& state) {
+  static const CDataset<float> data = benchData(kItems, kPcaFeatures);
+  for (auto _ : state) {
+    CPrincipalComponents<float> pca;
+    if (!pca.train(data)) state.SkipWithError("train");
+    benchmark::DoNotOptimize(pca.explainedVariance());
+  }
 }
 
 // Writes the final assignment to VECML_BENCH_KMEANS_LABELS and the final
@@ -93,6 +108,8 @@ void kmeansVecml(benchmark::State& state) {
 
 [[maybe_unused]] const bool registered = [] {
   benchmark::RegisterBenchmark("kmeans_float/vecml/100000", kmeansVecml)
+      ->Unit(benchmark::kMillisecond);
+  benchmark::RegisterBenchmark("pca_float/vecml/100000", pcaVecml)
       ->Unit(benchmark::kMillisecond);
   return true;
 }();

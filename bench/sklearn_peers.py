@@ -19,10 +19,12 @@ import time
 
 import numpy as np
 from sklearn.cluster import KMeans
+from sklearn.decomposition import PCA
 from sklearn.metrics import pairwise_distances_argmin
 from threadpoolctl import threadpool_limits
 
 KMEANS_ITEMS, KMEANS_FEATURES, KMEANS_CLUSTERS, KMEANS_ITERATIONS = 100000, 16, 64, 20
+PCA_ITEMS, PCA_FEATURES = 100000, 64
 
 
 def splitmix_data(items, features):
@@ -69,12 +71,21 @@ def kmeans_peer(labels_file):
     return run, check
 
 
+def pca_peer(_labels_file):
+    """All principal components of the float32 data, by the full SVD."""
+    x = splitmix_data(PCA_ITEMS, PCA_FEATURES)
+
+    def run():
+        PCA(svd_solver="full").fit(x)
+
+    return run, lambda: None
+
+
 # A peer: benchmark name (group/sklearn/size, as compare.py's targets name
 # it) and a function of the labels file returning (timed run, check).
-# A "pca_float/sklearn/100000" peer (sklearn.decomposition.PCA with
-# svd_solver="full") goes here the same way.
 PEERS = (
     ("kmeans_float/sklearn/100000", kmeans_peer),
+    ("pca_float/sklearn/100000", pca_peer),
 )
 
 
