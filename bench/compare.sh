@@ -35,7 +35,7 @@ results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
 
 # The benchmarks of the all-cores table.
-parallel='^(matmul_(float|double)/(vecml|openblas|eigen)/1024|bestmatch_float/(vecml|hand_omp|eigen)/|covariance_(float|double)/(vecml|openblas|eigen)/|statistic_float/|dataset_read/(vecml|gzread)/|kmeans_float/vecml/)'
+parallel='^(matmul_(float|double)/(vecml|openblas|eigen)/1024|bestmatch_float/(vecml|hand_omp|eigen)/|covariance_(float|double)/(vecml|openblas|eigen)/|statistic_float/|dataset_read/(vecml|gzread)/|kmeans_float/vecml/|pca_float/vecml/)'
 
 # run <pass> <label> <threads> <filter> [vecml_bench arguments...]: one run
 # of the program into <pass>-<label>.json; a run that fails is reported and

@@ -62,6 +62,17 @@ TYPED_TEST(CKMeansSerializeTest, StreamFormRoundTrips) {
   this->expectSameAsTrained(loaded);
 }
 
+TYPED_TEST(CKMeansSerializeTest, WritingKeepsTheCentresInfoText) {
+  TempFile file;
+  this->trained.referenceVectors().setInfo("three centres of my data");
+  ASSERT_TRUE(this->writeTo(this->trained, file));
+  EXPECT_EQ(this->trained.referenceVectors().getInfo(),
+            "three centres of my data");
+  CKMeans<TypeParam> loaded(1);
+  ASSERT_TRUE(this->readFrom(loaded, file));
+  this->expectSameAsTrained(loaded);
+}
+
 TYPED_TEST(CKMeansSerializeTest, StreamFormRoundTripsWithoutCentres) {
   TempFile file;
   CKMeans<TypeParam> empty(5, new CEuclideanMetric<TypeParam>(), 9);

@@ -119,11 +119,12 @@ class VECML_API CKMeans : public CClusterAlgorithm<T> {
   ///         empty \p data; NaN while there are no centres.
   T inertia(const CDataset<T>& data) const;
 
-  /// Stream form: the base's record (object header and centres), then
-  /// clusters() and iterations() as 4-byte ints and seed() as 8 bytes, in
-  /// host order. Reading checks the record (a positive cluster count, no
-  /// centres or that many dense centres of one dimension, iterations >= 0)
-  /// and replaces the state only when it is whole.
+  /// Stream form: the base's record (object header and centres; the
+  /// centres' info text is neither stored nor changed), then clusters() and
+  /// iterations() as 4-byte ints and seed() as 8 bytes, in host order.
+  /// Reading checks the record (a positive cluster count, no centres or
+  /// that many dense centres of one dimension, iterations >= 0) and replaces
+  /// the state only when it is whole.
   /// \return true when the whole record was written or read and the stream
   ///         is good; false otherwise, the object then unchanged.
   bool serialize(std::fstream& stream, IO_MODE mode) override;

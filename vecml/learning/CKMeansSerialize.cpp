@@ -8,6 +8,7 @@
 #include "vecml/core/detail/BinaryIO.h"
 #include "vecml/learning/CKMeans.h"
 #include "vecml/learning/detail/InputDimensions.h"
+#include "vecml/learning/detail/PrototypeRecord.h"
 
 using vecml::detail::readValue;
 using vecml::detail::writeValue;
@@ -32,12 +33,7 @@ void CKMeans<T>::adopt(CDataset<T>&& centres, int clusters, int iterations,
 template <typename T>
 bool CKMeans<T>::serialize(std::fstream& stream, IO_MODE mode) {
   if (mode != IO_READ) {
-    // The centres' stream form holds as many items as their info text has
-    // characters, so the text gets one character per centre.
-    CDataset<T>& centres = this->referenceVectors();
-    centres.setInfo(std::string(std::size_t(centres.items()), 'c'));
-    // Reports false whatever happens; the stream state tells.
-    CClusterAlgorithm<T>::serialize(stream, mode);
+    vecml::detail::writePrototypeRecord(*this, stream);
     writeValue(stream, std::int32_t(clusterCount));
     writeValue(stream, std::int32_t(iterationsRun));
     writeValue(stream, randomSeed);

@@ -17,6 +17,7 @@
 #include "vecml/core/detail/BinaryIO.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/learning/CClusterAlgorithm.h"
+#include "vecml/learning/detail/PrototypeRecord.h"
 
 namespace vecml::detail {
 
@@ -118,11 +119,8 @@ inline bool readSettings(std::fstream& stream, OnlineSettings& settings) {
          readValue(stream, settings.range.end);
 }
 
-/// The stream form of an online learner: the cluster algorithm's record
-/// (object header and reference dataset), then writeSettings(). The
-/// dataset's record holds as many prototypes as its info text has
-/// characters, so while writing the info text is one '#' per prototype;
-/// the algorithm's own info text is put back afterwards and is not stored.
+/// The stream form of an online learner: writePrototypeRecord(), then
+/// writeSettings().
 /// Reading replaces the prototypes (the base's read would append), keeps
 /// the info text and commits the prototypes and \p settings only when the
 /// whole record arrived and fits; otherwise everything stays as it was.
@@ -135,10 +133,7 @@ bool serializeOnline(CClusterAlgorithm<T>& algorithm, OnlineSettings& settings,
   CDataset<T>& prototypes = algorithm.referenceVectors();
   const std::string info = prototypes.getInfo();
   if (mode == IO_WRITE) {
-    prototypes.setInfo(std::string(prototypes.items(), '#'));
-    // The base reports false by design once its dataset is written.
-    algorithm.CClusterAlgorithm<T>::serialize(stream, IO_WRITE);
-    prototypes.setInfo(info);
+    writePrototypeRecord(algorithm, stream);
     writeSettings(stream, settings);
     return static_cast<bool>(stream);
   }
