@@ -15,6 +15,10 @@ install(FILES
   ${PROJECT_SOURCE_DIR}/vecml/core/detail/MessagePositions.h
   ${PROJECT_SOURCE_DIR}/vecml/core/detail/OutOfRange.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vecml/core/detail)
+install(FILES
+  ${PROJECT_SOURCE_DIR}/vecml/learning/detail/LearnedDirections.h
+  ${PROJECT_SOURCE_DIR}/vecml/learning/detail/OnlineSettings.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vecml/learning/detail)
 install(FILES ${VECML_GENERATED_INCLUDEDIR}/vecml/version.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vecml)
 

@@ -18,22 +18,27 @@ for f in include/vecml/vecml.h lib/cmake/vecml/vecmlConfig.cmake \
 done
 ls "$prefix"/lib/libvecml.so.* "$prefix"/lib/vecml/CDenseVectorFactory.so >/dev/null
 # Internal headers stay out of the install, except those public ones include.
-for f in include/vecml/version.h include/vecml/core/detail/OutOfRange.h; do
+for f in include/vecml/version.h include/vecml/core/detail/OutOfRange.h \
+         include/vecml/learning/detail/LearnedDirections.h \
+         include/vecml/learning/detail/OnlineSettings.h; do
   test -f "$prefix/$f" || { echo "missing from install: $f" >&2; exit 1; }
 done
 for f in include/vecml/core/detail/CpuLevel.h \
          include/vecml/core/detail/NumericalHelperCaches.h \
          include/vecml/matrix/detail include/vecml/vector/detail \
-         include/vecml/dataset/detail; do
+         include/vecml/dataset/detail \
+         include/vecml/learning/detail/RandomSource.h; do
   test ! -e "$prefix/$f" || { echo "internal, yet installed: $f" >&2; exit 1; }
 done
 # Plug-ins must be found through the library's RUNPATH alone.
 unset LD_LIBRARY_PATH
 
 echo "== find_package(vecml CONFIG)"
-cmake -S "$here" -B "$scratch/cmake-build" -G Ninja \
-  -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
-cmake --build "$scratch/cmake-build" >/dev/null
+# quietly: the output shows only when a step fails.
+quiet() { "$@" > "$scratch/step.log" 2>&1 || { cat "$scratch/step.log" >&2; return 1; }; }
+quiet cmake -S "$here" -B "$scratch/cmake-build" -G Ninja \
+  -DCMAKE_PREFIX_PATH="$prefix"
+quiet cmake --build "$scratch/cmake-build"
 "$scratch/cmake-build/app"
 
 echo "== pkg-config"

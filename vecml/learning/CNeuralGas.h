@@ -13,7 +13,7 @@
 #include "vecml/core/detail/Instantiation.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/learning/CClusterAlgorithm.h"
-#include "vecml/learning/detail/OnlineRecord.h"
+#include "vecml/learning/detail/OnlineSettings.h"
 #include "vecml/metric/CMetric.h"
 
 /// Neural gas, instantiated for float and double: a set of prototypes that

@@ -15,7 +15,7 @@
 #include "vecml/core/detail/Instantiation.h"
 #include "vecml/dataset/CDataset.h"
 #include "vecml/learning/CClusterAlgorithm.h"
-#include "vecml/learning/detail/OnlineRecord.h"
+#include "vecml/learning/detail/OnlineSettings.h"
 #include "vecml/metric/CMetric.h"
 #include "vecml/vector/CVector.h"
 
