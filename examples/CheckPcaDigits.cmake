@@ -6,15 +6,10 @@ include(${CMAKE_CURRENT_LIST_DIR}/ExampleChecks.cmake)
 run_example(${PROGRAM} ${WORK_DIR} output)
 expect_texts("the output of pca_digits" "${output}"
   "explained variance ratio" "PC1  0.14" "PC10 ")
-if(NOT EXISTS ${WORK_DIR}/pca_digits.svg)
-  message(FATAL_ERROR "pca_digits did not write pca_digits.svg")
-endif()
+expect_files(pca_digits ${WORK_DIR} pca_digits.svg)
 file(READ ${WORK_DIR}/pca_digits.svg svg)
-string(REGEX MATCHALL "<circle" dots "${svg}")
-list(LENGTH dots dotCount)
-if(NOT dotCount EQUAL 1807)
-  message(FATAL_ERROR "pca_digits.svg has ${dotCount} dots, not 1797 + 10")
-endif()
+# A dot per digit and one per legend entry: 1797 + 10.
+expect_match_count("pca_digits.svg (dots)" "${svg}" "<circle" 1807)
 expect_texts("pca_digits.svg" "${svg}" "<svg " "</svg>" "digit 0<" "digit 9<"
   "PC1 (14.9% of the variance)" "PC2 (13.6% of the variance)")
 file(REMOVE_RECURSE ${WORK_DIR})

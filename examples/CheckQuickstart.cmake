@@ -6,9 +6,5 @@ run_example(${PROGRAM} ${WORK_DIR} output)
 expect_texts("the output of quickstart" "${output}"
   " Dataset statistic for input vectors: " "k-means: "
   "cluster  setosa  versicolor  virginica")
-foreach(result_file quickstart-centres.gz quickstart.svg)
-  if(NOT EXISTS ${WORK_DIR}/${result_file})
-    message(FATAL_ERROR "quickstart did not write ${result_file}")
-  endif()
-endforeach()
+expect_files(quickstart ${WORK_DIR} quickstart-centres.gz quickstart.svg)
 file(REMOVE_RECURSE ${WORK_DIR})

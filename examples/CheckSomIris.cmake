@@ -6,15 +6,10 @@ include(${CMAKE_CURRENT_LIST_DIR}/ExampleChecks.cmake)
 run_example(${PROGRAM} ${WORK_DIR} output)
 expect_texts("the output of som_iris" "${output}"
   "quantisation error: " "topographic error:  ")
-if(NOT EXISTS ${WORK_DIR}/som_iris.svg)
-  message(FATAL_ERROR "som_iris did not write som_iris.svg")
-endif()
+expect_files(som_iris ${WORK_DIR} som_iris.svg)
 file(READ ${WORK_DIR}/som_iris.svg svg)
-string(REGEX MATCHALL "<rect x='[0-9]+' y='[0-9]+' width='40'" units "${svg}")
-list(LENGTH units unitCount)
-if(NOT unitCount EQUAL 64)
-  message(FATAL_ERROR "som_iris drew ${unitCount} units, not 64")
-endif()
+expect_match_count("som_iris.svg (units)" "${svg}"
+  "<rect x='[0-9]+' y='[0-9]+' width='40'" 64)
 expect_texts("som_iris.svg" "${svg}"
   "setosa" "versicolor" "virginica" "no flower"
   "quantisation error " "topographic error " "</svg>"

@@ -26,3 +26,23 @@ function(expect_texts what text)
     endif()
   endforeach()
 endfunction()
+
+# Fails the check unless `program` wrote each of the further arguments as a
+# file in `work_dir`.
+function(expect_files program work_dir)
+  foreach(name IN LISTS ARGN)
+    if(NOT EXISTS ${work_dir}/${name})
+      message(FATAL_ERROR "${program} did not write ${name}")
+    endif()
+  endforeach()
+endfunction()
+
+# Fails the check unless `text` (named `what`) matches `regex` exactly
+# `expected` times.
+function(expect_match_count what text regex expected)
+  string(REGEX MATCHALL "${regex}" matches "${text}")
+  list(LENGTH matches count)
+  if(NOT count EQUAL expected)
+    message(FATAL_ERROR "${what} has ${count} matches of '${regex}', not ${expected}")
+  endif()
+endfunction()
